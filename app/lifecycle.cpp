@@ -1,0 +1,92 @@
+#include "app/lifecycle.h"
+
+#include "core/errors.h"
+#include "core/eventloop.h"
+#include "foldermenus/foldercache.h"
+#include "platform/quitsignals.h"
+#include "platform/service.h"
+#include "prefs/prefsfile.h"
+
+#include <QFile>
+#include <QGuiApplication>
+#include <QLoggingCategory>
+
+#include <memory>
+
+Q_LOGGING_CATEGORY(lcLifecycle, "kestrel.lifecycle")
+
+namespace {
+std::unique_ptr<platform::QuitSignals> AppleEventQuitAppUPP;
+QMetaObject::Connection sessionEndConnection;
+bool VolumeCarbonEventRef = false;
+} // namespace
+
+OSErr AppleEventQuitApp() {
+    QuitApplicationEventLoop();
+    return noErr;
+}
+
+OSStatus InstallAppleEventHandlers() {
+    AppleEventQuitAppUPP = std::make_unique<platform::QuitSignals>();
+    const bool installed = AppleEventQuitAppUPP->install([](int signal) {
+        qCInfo(lcLifecycle, "signal %d: quitting", signal);
+        AppleEventQuitApp();
+    });
+    const OSErr err = installed ? noErr : tmfoErr;
+    TestError(err);
+    if (err == noErr)
+        sessionEndConnection =
+            QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, [] {
+                qCInfo(lcLifecycle, "desktop session ending: quitting");
+                AppleEventQuitApp();
+            });
+    return err;
+}
+
+void RemoveAppleEventHandlers() {
+    QObject::disconnect(sessionEndConnection);
+    AppleEventQuitAppUPP.reset();
+}
+
+OSStatus VolumeCarbonEvent(platform::MountChange kind) {
+    if (kind == platform::MountChange::Mounted || kind == platform::MountChange::Unmounted)
+        DestroyFolderCachedMenu(nullptr);
+    return noErr;
+}
+
+OSStatus InstallCarbonEventHandlers() {
+    const bool watching = platform::service<platform::Mounts>().start(
+        [](platform::MountChange kind, const QByteArray &mountPoint) {
+            qCInfo(lcLifecycle, "volume %s: %s",
+                   kind == platform::MountChange::Mounted ? "mounted" : "unmounted",
+                   qPrintable(QFile::decodeName(mountPoint)));
+            VolumeCarbonEvent(kind);
+        });
+    const OSErr err = watching ? noErr : fnfErr;
+    TestError(err);
+    VolumeCarbonEventRef = watching;
+    return err;
+}
+
+void RemoveCarbonEventHandlers() {
+    if (VolumeCarbonEventRef)
+        platform::service<platform::Mounts>().stop();
+    VolumeCarbonEventRef = false;
+}
+
+void RunKestrelMenu() {
+    // Each stage runs only when the one before it succeeded; the unwinding
+    // undoes exactly what was installed. Preferences are saved only after a
+    // normal run, so a damaged file is never overwritten.
+    if (InstallAppleEventHandlers() != noErr)
+        return;
+    if (InstallCarbonEventHandlers() == noErr) {
+        if (LoadPreferences() == noErr) {
+            qCInfo(lcLifecycle, "running");
+            RunApplicationEventLoop();
+            SavePreferences();
+        }
+        RemoveCarbonEventHandlers();
+    }
+    RemoveAppleEventHandlers();
+}

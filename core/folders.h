@@ -1,0 +1,21 @@
+// The standard folders, as the freedesktop base directories define them.
+#pragma once
+
+#include "core/types.h"
+
+#include <QByteArray>
+
+// The user's preferences folder ($XDG_CONFIG_HOME, else ~/.config), created when
+// `create` is set and it is missing.
+OSErr FindPreferencesFolder(QByteArray *path, bool create);
+// $HOME; fnfErr when it is unset or not a folder.
+OSErr FindHomeFolder(QByteArray *path);
+// The system's applications folder.
+OSErr FindApplicationsFolder(QByteArray *path);
+
+// Joins a folder and a name with exactly one slash between them.
+QByteArray JoinPath(const QByteArray &folder, const QByteArray &name);
+// The parent folder of an absolute path; "/" is its own parent.
+QByteArray ParentPath(const QByteArray &path);
+// The last component of a path ("" for "/").
+QByteArray LastPathComponent(const QByteArray &path);

@@ -1,0 +1,57 @@
+#include "finder/alias.h"
+
+#include "core/errors.h"
+#include "core/folders.h"
+
+#include <QCoreApplication>
+
+#include <cerrno>
+#include <climits>
+#include <unistd.h>
+
+namespace {
+
+constexpr int kMaxNameBytes = NAME_MAX;
+constexpr int kMaxAttempts = 10000;
+
+// Cuts `text` to at most `limit` bytes without splitting a UTF-8 sequence.
+QByteArray CutOnCharacterBoundary(const QByteArray &text, qsizetype limit) {
+    if (text.size() <= limit)
+        return text;
+    qsizetype end = limit;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    return text.left(end);
+}
+
+} // namespace
+
+QByteArray AliasName(const QByteArray &itemPath, int attempt) {
+    QByteArray name = LastPathComponent(itemPath);
+    if (name.isEmpty()) // the root folder has no name of its own
+        name = QCoreApplication::translate("Alias", "File System").toUtf8();
+    if (attempt <= 1)
+        return name;
+
+    // "report.pdf" -> "report (2).pdf"; a leading dot starts no extension.
+    const qsizetype dot = name.lastIndexOf('.');
+    const bool hasExtension = dot > 0 && dot < name.size() - 1;
+    QByteArray stem = hasExtension ? name.left(dot) : name;
+    const QByteArray extension = hasExtension ? name.mid(dot) : QByteArray();
+    const QByteArray suffix = " (" + QByteArray::number(attempt) + ")" + extension;
+    stem = CutOnCharacterBoundary(stem, kMaxNameBytes - suffix.size());
+    return stem + suffix;
+}
+
+OSErr CreateAlias(const FSSpec *item, const FSSpec *folder) {
+    if (item->path.isEmpty() || folder->path.isEmpty())
+        return paramErr;
+    for (int attempt = 1; attempt <= kMaxAttempts; ++attempt) {
+        const QByteArray link = JoinPath(folder->path, AliasName(item->path, attempt));
+        if (::symlink(item->path.constData(), link.constData()) == 0)
+            return noErr;
+        if (errno != EEXIST)
+            return OSErrFromErrno(errno);
+    }
+    return dupFNErr;
+}

@@ -1,0 +1,4 @@
+kestrel_add_test(NAME core_lists_test TIER unit
+    SOURCES unit/lists_test.cpp LIBS kestrel_core kestrel_doubles)
+kestrel_add_test(NAME core_errors_test TIER unit
+    SOURCES unit/errors_test.cpp LIBS kestrel_core kestrel_doubles)

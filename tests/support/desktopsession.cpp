@@ -1,0 +1,153 @@
+#include "tests/support/desktopsession.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QStandardPaths>
+#include <QThread>
+
+#include <csignal>
+
+namespace {
+
+QByteArray ReadLineWithin(QProcess *process, int timeoutMs) {
+    QDeadlineTimer deadline(timeoutMs);
+    while (!process->canReadLine() && !deadline.hasExpired()) {
+        if (process->state() == QProcess::NotRunning)
+            break;
+        process->waitForReadyRead(100);
+    }
+    return process->canReadLine() ? process->readLine().trimmed() : QByteArray();
+}
+
+} // namespace
+
+bool WaitFor(const std::function<bool()> &condition, int timeoutMs) {
+    QDeadlineTimer deadline(timeoutMs);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(20);
+    }
+    return true;
+}
+
+DesktopSession::DesktopSession(Options options) {
+    for (const char *tool : {"Xvfb", "dbus-daemon", "xdotool", "xprop"}) {
+        if (QStandardPaths::findExecutable(QString::fromLatin1(tool)).isEmpty()) {
+            failure_ = QStringLiteral("%1 is not installed").arg(QString::fromLatin1(tool));
+            return;
+        }
+    }
+    const QProcessEnvironment base = QProcessEnvironment::systemEnvironment();
+
+    QProcess *xvfb = launch(QStringLiteral("Xvfb"),
+                            {QStringLiteral("-displayfd"), QStringLiteral("1"),
+                             QStringLiteral("-screen"), QStringLiteral("0"), options.screen,
+                             QStringLiteral("-nolisten"), QStringLiteral("tcp")},
+                            base);
+    const QByteArray number = ReadLineWithin(xvfb, 15000);
+    if (number.isEmpty()) {
+        failure_ = QStringLiteral("Xvfb did not start");
+        return;
+    }
+    display_ = u':' + QString::fromLatin1(number);
+
+    const QString config = dir_.filePath(QStringLiteral("session.conf"));
+    QFile file(config);
+    if (!file.open(QIODevice::WriteOnly)) {
+        failure_ = QStringLiteral("cannot write the bus configuration");
+        return;
+    }
+    QByteArray xml = "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration "
+                     "1.0//EN\" \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+                     "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>";
+    if (!options.busServiceDir.isEmpty())
+        xml += "<servicedir>" + QFile::encodeName(options.busServiceDir) + "</servicedir>";
+    xml += "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
+           "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>\n";
+    file.write(xml);
+    file.close();
+
+    QProcess *bus = launch(QStringLiteral("dbus-daemon"),
+                           {QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
+                            QStringLiteral("--config-file=") + config},
+                           base);
+    busAddress_ = QString::fromUtf8(ReadLineWithin(bus, 15000));
+    if (busAddress_.isEmpty()) {
+        failure_ = QStringLiteral("dbus-daemon did not start");
+        return;
+    }
+
+    if (options.windowManager) {
+        if (QStandardPaths::findExecutable(QStringLiteral("openbox")).isEmpty()) {
+            failure_ = QStringLiteral("openbox is not installed");
+            return;
+        }
+        start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")},
+              environment(base));
+        const bool ready = WaitFor([this] {
+            return run(QStringLiteral("xprop"),
+                       {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")})
+                .contains("window id");
+        });
+        if (!ready)
+            failure_ = QStringLiteral("openbox did not take the screen");
+    }
+}
+
+DesktopSession::~DesktopSession() {
+    // Newest first: programs, then the window manager, the bus and the X server.
+    for (auto it = processes_.rbegin(); it != processes_.rend(); ++it)
+        stop(it->get(), 3000);
+}
+
+QProcessEnvironment DesktopSession::environment(QProcessEnvironment base) const {
+    base.insert(QStringLiteral("DISPLAY"), display_);
+    base.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress_);
+    base.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    base.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    return base;
+}
+
+QByteArray DesktopSession::run(const QString &program, const QStringList &arguments,
+                               int timeoutMs, int *exitCode) const {
+    QProcess process;
+    process.setProcessEnvironment(environment(QProcessEnvironment::systemEnvironment()));
+    process.start(program, arguments);
+    if (!process.waitForFinished(timeoutMs)) {
+        process.kill();
+        process.waitForFinished();
+    }
+    if (exitCode != nullptr)
+        *exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    return process.readAllStandardOutput();
+}
+
+QProcess *DesktopSession::launch(const QString &program, const QStringList &arguments,
+                                 const QProcessEnvironment &environment) {
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(environment);
+    process->setProcessChannelMode(QProcess::SeparateChannels);
+    process->start(program, arguments);
+    process->waitForStarted(10000);
+    processes_.push_back(std::move(process));
+    return processes_.back().get();
+}
+
+QProcess *DesktopSession::start(const QString &program, const QStringList &arguments,
+                                const QProcessEnvironment &environment) {
+    return launch(program, arguments, environment);
+}
+
+int DesktopSession::stop(QProcess *process, int graceMs) {
+    if (process->state() != QProcess::NotRunning) {
+        ::kill(pid_t(process->processId()), SIGTERM);
+        if (!process->waitForFinished(graceMs)) {
+            process->kill();
+            process->waitForFinished(5000);
+        }
+    }
+    return process->exitStatus() == QProcess::NormalExit ? process->exitCode() : -1;
+}

@@ -1,0 +1,55 @@
+// A private desktop for end-to-end tests: Xvfb, optionally openbox, and a
+// session bus of its own. Every process it starts is stopped by its id when
+// the session ends.
+#pragma once
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QString>
+#include <QTemporaryDir>
+
+#include <memory>
+#include <vector>
+
+class DesktopSession {
+public:
+    struct Options {
+        bool windowManager = true;
+        QString busServiceDir; // activatable services of the private bus, if any
+        QString screen = QStringLiteral("1280x800x24");
+    };
+    explicit DesktopSession(Options options);
+    DesktopSession() : DesktopSession(Options{}) {}
+    ~DesktopSession();
+
+    // Empty when everything started; otherwise why it did not.
+    QString failure() const { return failure_; }
+    QString display() const { return display_; }
+    QString busAddress() const { return busAddress_; }
+
+    // `base` with this session's display and bus, and Qt on its X11 platform.
+    QProcessEnvironment environment(QProcessEnvironment base) const;
+
+    // Runs a helper program (xdotool, xprop, ...) on this display and returns its output.
+    QByteArray run(const QString &program, const QStringList &arguments, int timeoutMs = 10000,
+                   int *exitCode = nullptr) const;
+
+    // Starts a program on this display; the session stops it at the end.
+    QProcess *start(const QString &program, const QStringList &arguments,
+                    const QProcessEnvironment &environment);
+    // Stops a process politely, then by force; returns its exit code.
+    static int stop(QProcess *process, int graceMs = 5000);
+
+private:
+    QProcess *launch(const QString &program, const QStringList &arguments,
+                     const QProcessEnvironment &environment);
+
+    QTemporaryDir dir_;
+    std::vector<std::unique_ptr<QProcess>> processes_;
+    QString display_;
+    QString busAddress_;
+    QString failure_;
+};
+
+// Polls `condition` while running the event loop, up to `timeoutMs`.
+bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 10000);

@@ -1,0 +1,71 @@
+#include "tests/support/tempenvironment.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <gtest/gtest.h>
+
+namespace {
+constexpr const char *kVariables[] = {"HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS",
+                                      "XDG_RUNTIME_DIR", "XDG_DATA_HOME"};
+}
+
+TempEnvironment::TempEnvironment() {
+    EXPECT_TRUE(dir_.isValid());
+    for (const char *name : kVariables) {
+        saved_.insert(name, qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name))
+                                                            : std::nullopt);
+    }
+    QDir().mkpath(QFile::decodeName(home()));
+    QDir().mkpath(QFile::decodeName(configHome()));
+    QDir().mkpath(QFile::decodeName(systemConfig()));
+    QDir().mkpath(QFile::decodeName(runtimeDir()));
+    QFile::setPermissions(QFile::decodeName(runtimeDir()),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    qputenv("HOME", home());
+    qputenv("XDG_CONFIG_HOME", configHome());
+    qputenv("XDG_CONFIG_DIRS", systemConfig());
+    qputenv("XDG_RUNTIME_DIR", runtimeDir());
+    qputenv("XDG_DATA_HOME", root() + "/home/.local/share");
+}
+
+TempEnvironment::~TempEnvironment() {
+    for (auto it = saved_.cbegin(); it != saved_.cend(); ++it) {
+        if (it.value())
+            qputenv(it.key().constData(), *it.value());
+        else
+            qunsetenv(it.key().constData());
+    }
+}
+
+QByteArray TempEnvironment::root() const { return QFile::encodeName(dir_.path()); }
+QByteArray TempEnvironment::home() const { return root() + "/home"; }
+QByteArray TempEnvironment::configHome() const { return root() + "/home/.config"; }
+QByteArray TempEnvironment::systemConfig() const { return root() + "/etc-xdg"; }
+QByteArray TempEnvironment::runtimeDir() const { return root() + "/run"; }
+
+QProcessEnvironment TempEnvironment::processEnvironment() const {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("HOME"), QFile::decodeName(home()));
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), QFile::decodeName(configHome()));
+    environment.insert(QStringLiteral("XDG_CONFIG_DIRS"), QFile::decodeName(systemConfig()));
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QFile::decodeName(runtimeDir()));
+    environment.insert(QStringLiteral("XDG_DATA_HOME"),
+                       QFile::decodeName(root() + "/home/.local/share"));
+    return environment;
+}
+
+void WriteFile(const QByteArray &path, const QByteArray &contents) {
+    const QString name = QFile::decodeName(path);
+    QDir().mkpath(QFileInfo(name).path());
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.constData();
+    ASSERT_EQ(file.write(contents), contents.size());
+}
+
+QByteArray ReadFile(const QByteArray &path) {
+    QFile file(QFile::decodeName(path));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return file.readAll();
+}

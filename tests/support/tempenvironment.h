@@ -1,0 +1,33 @@
+// A private home for one test: HOME, the XDG folders and the run-time folder all
+// point into a fresh temporary folder, so no test ever sees the user's own settings.
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QProcessEnvironment>
+#include <QTemporaryDir>
+
+class TempEnvironment {
+public:
+    TempEnvironment();
+    ~TempEnvironment();
+    TempEnvironment(const TempEnvironment &) = delete;
+    TempEnvironment &operator=(const TempEnvironment &) = delete;
+
+    QByteArray root() const;       // the temporary folder
+    QByteArray home() const;       // $HOME
+    QByteArray configHome() const; // $XDG_CONFIG_HOME
+    QByteArray systemConfig() const; // first of $XDG_CONFIG_DIRS
+    QByteArray runtimeDir() const;   // $XDG_RUNTIME_DIR
+
+    // The environment for a child process, with the variables above.
+    QProcessEnvironment processEnvironment() const;
+
+private:
+    QTemporaryDir dir_;
+    QHash<QByteArray, std::optional<QByteArray>> saved_;
+};
+
+// Writes `contents` to `path`, making folders as needed; fails the test if it cannot.
+void WriteFile(const QByteArray &path, const QByteArray &contents);
+QByteArray ReadFile(const QByteArray &path);
