@@ -13,7 +13,8 @@
 
 #include <memory>
 
-Q_LOGGING_CATEGORY(lcLifecycle, "kestrel.lifecycle")
+// Quiet unless asked for (QT_LOGGING_RULES="kestrel.*=true").
+Q_LOGGING_CATEGORY(lcLifecycle, "kestrel.lifecycle", QtWarningMsg)
 
 namespace {
 std::unique_ptr<platform::QuitSignals> AppleEventQuitAppUPP;
@@ -35,11 +36,10 @@ OSStatus InstallAppleEventHandlers() {
     const OSErr err = installed ? noErr : tmfoErr;
     TestError(err);
     if (err == noErr)
-        sessionEndConnection =
-            QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, [] {
-                qCInfo(lcLifecycle, "desktop session ending: quitting");
-                AppleEventQuitApp();
-            });
+        sessionEndConnection = QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, [] {
+            qCInfo(lcLifecycle, "desktop session ending: quitting");
+            AppleEventQuitApp();
+        });
     return err;
 }
 

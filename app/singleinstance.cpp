@@ -20,7 +20,8 @@ QByteArray SingleInstance::lockPath() {
         runtime = "/tmp";
     const QByteArray key =
         QCryptographicHash::hash(preferences, QCryptographicHash::Sha256).toHex().left(16);
-    return JoinPath(runtime, "kestrel-menu-" + QByteArray::number(::getuid()) + '-' + key + ".lock");
+    return JoinPath(runtime,
+                    "kestrel-menu-" + QByteArray::number(::getuid()) + '-' + key + ".lock");
 }
 
 bool SingleInstance::acquire() {

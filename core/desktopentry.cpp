@@ -132,7 +132,9 @@ std::optional<QByteArray> DesktopEntry::execProgram() const {
     const auto arguments = SplitExecLine(exec->toUtf8());
     if (!arguments || arguments->isEmpty() || arguments->first().isEmpty())
         return std::nullopt;
-    return arguments->first();
+    // "%%" is a literal percent sign; the program name holds no other field code.
+    QByteArray program = arguments->first();
+    return program.replace("%%", "%");
 }
 
 std::optional<QList<QByteArray>> SplitExecLine(const QByteArray &exec) {

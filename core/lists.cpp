@@ -33,7 +33,9 @@ Handle AllocHandle(OSErr *err, Size size) {
     return *err == noErr ? handle : nullptr;
 }
 
-void DestroyPtr(Ptr block) { std::free(block); }
+void DestroyPtr(Ptr block) {
+    std::free(block);
+}
 
 void DestroyHandle(Handle handle) {
     if (handle == nullptr)

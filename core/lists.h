@@ -86,4 +86,6 @@ template <typename Record> Record *AllocRecord(OSErr *err) {
     return record;
 }
 
-template <typename Record> void DestroyRecord(Record *record) { delete record; }
+template <typename Record> void DestroyRecord(Record *record) {
+    delete record;
+}

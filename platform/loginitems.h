@@ -12,9 +12,9 @@ namespace platform {
 enum class LoginItemsScope { CurrentUser, AnyUser };
 
 struct LoginItem {
-    QString entryName;                // identifies the entry within its list
-    std::optional<QByteArray> path;   // the program it starts
-    std::optional<bool> hide;         // whether the program is asked to stay hidden
+    QString entryName;              // identifies the entry within its list
+    std::optional<QByteArray> path; // the program it starts
+    std::optional<bool> hide;       // whether the program is asked to stay hidden
 };
 
 class LoginItems {

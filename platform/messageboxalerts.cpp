@@ -16,6 +16,8 @@ void MessageBoxAlerts::showErrorAlert(const QString &context, const QString &num
     box.exec();
 }
 
-void MessageBoxAlerts::beep() { QApplication::beep(); }
+void MessageBoxAlerts::beep() {
+    QApplication::beep();
+}
 
 } // namespace platform

@@ -57,7 +57,9 @@ QList<MountEntry> ParseMountInfo(const QByteArray &table) {
 
 MountInfoWatcher::MountInfoWatcher(QByteArray tablePath) : tablePath_(std::move(tablePath)) {}
 
-MountInfoWatcher::~MountInfoWatcher() { stop(); }
+MountInfoWatcher::~MountInfoWatcher() {
+    stop();
+}
 
 bool MountInfoWatcher::start(std::function<void(MountChange, const QByteArray &)> handler) {
     stop();
@@ -68,8 +70,7 @@ bool MountInfoWatcher::start(std::function<void(MountChange, const QByteArray &)
     known_ = ParseMountInfo(ReadWhole(fd_));
     // The kernel flags the table as exceptional (POLLPRI) whenever it changes.
     notifier_ = std::make_unique<QSocketNotifier>(fd_, QSocketNotifier::Exception);
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, this,
-                     [this] { reread(); });
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, this, [this] { reread(); });
     return true;
 }
 

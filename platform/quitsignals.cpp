@@ -61,6 +61,8 @@ void QuitSignals::remove() {
     installed_ = false;
 }
 
-QuitSignals::~QuitSignals() { remove(); }
+QuitSignals::~QuitSignals() {
+    remove();
+}
 
 } // namespace platform

@@ -23,7 +23,9 @@ template <typename Interface> Interface &service() {
     return *implementation;
 }
 
-template <typename Interface> bool hasService() { return serviceSlot<Interface>() != nullptr; }
+template <typename Interface> bool hasService() {
+    return serviceSlot<Interface>() != nullptr;
+}
 
 template <typename Interface> void install(Interface *implementation) {
     serviceSlot<Interface>() = implementation;

@@ -156,9 +156,8 @@ bool XdgAutostart::isThisProgram(const QByteArray &path) {
 std::optional<QByteArray> XdgAutostart::thisProgramPath() {
     char buffer[4096];
     const ssize_t length = ::readlink(selfExecutable_.constData(), buffer, sizeof buffer);
-    QByteArray path = length > 0 && std::size_t(length) < sizeof buffer
-                          ? QByteArray(buffer, length)
-                          : selfExecutable_;
+    QByteArray path = length > 0 && std::size_t(length) < sizeof buffer ? QByteArray(buffer, length)
+                                                                        : selfExecutable_;
     // A replaced or deleted executable cannot be started at the next login.
     if (::access(path.constData(), X_OK) != 0)
         return std::nullopt;

@@ -22,12 +22,14 @@ std::optional<platform::LoginItemsScope> ScopeOf(LoginItemsUser user) {
     }
 }
 
-platform::LoginItems &Store() { return platform::service<platform::LoginItems>(); }
+platform::LoginItems &Store() {
+    return platform::service<platform::LoginItems>();
+}
 
 // Copies into the shared buffer, cut to fit with its terminating zero.
 const char *ReturnText(const QByteArray &text) {
-    const std::size_t length = std::min<std::size_t>(std::size_t(text.size()),
-                                                     sizeof ReturnCharacterArray - 1);
+    const std::size_t length =
+        std::min<std::size_t>(std::size_t(text.size()), sizeof ReturnCharacterArray - 1);
     std::memcpy(ReturnCharacterArray, text.constData(), length);
     ReturnCharacterArray[length] = '\0';
     return ReturnCharacterArray;
@@ -91,8 +93,8 @@ void ApplyOpenAtStartupSetting() {
 
     // From the end, so that removals leave the indices still to visit valid.
     for (qsizetype index = GetCountOfLoginItems(kLoginItemsCurrentUser) - 1; index >= 0; --index) {
-        const char *path = ReturnLoginItemPropertyAtIndex(kLoginItemsCurrentUser, kLoginItemPath,
-                                                          qint32(index));
+        const char *path =
+            ReturnLoginItemPropertyAtIndex(kLoginItemsCurrentUser, kLoginItemPath, qint32(index));
         if (path == nullptr)
             continue;
         const QByteArray program(path);

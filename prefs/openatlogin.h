@@ -10,9 +10,9 @@ inline constexpr LoginItemsUser kLoginItemsCurrentUser = 1;
 inline constexpr LoginItemsUser kLoginItemsAnyUser = 2;
 
 enum LoginItemProperty : int {
-    kLoginItemPath = 1,     // the full path
-    kLoginItemName = 2,     // the last component of the path
-    kLoginItemHide = 3,     // "true" or "false"
+    kLoginItemPath = 1, // the full path
+    kLoginItemName = 2, // the last component of the path
+    kLoginItemHide = 3, // "true" or "false"
 };
 
 qsizetype GetCountOfLoginItems(LoginItemsUser user);

@@ -10,9 +10,9 @@
 
 #pragma pack(push, 2)
 struct FSSpecImage {
-    std::int16_t vRefNum;      // a stable negative number derived from the device
-    std::int32_t parID;        // the parent folder's inode, low 32 bits
-    unsigned char name[64];    // length byte and up to 63 bytes
+    std::int16_t vRefNum;   // a stable negative number derived from the device
+    std::int32_t parID;     // the parent folder's inode, low 32 bits
+    unsigned char name[64]; // length byte and up to 63 bytes
 };
 
 struct MenuSpecImage {

@@ -84,7 +84,8 @@ constexpr StatusMessage kProgramStatuses[] = {
                        "Kestrel Menu asks the desktop's file manager to open items. Install a "
                        "file manager such as Nautilus, Dolphin, Thunar, Nemo or Caja, or set a "
                        "default application for folders.")},
-    {connectionInvalid, QT_TRANSLATE_NOOP("StatusMessages", "The file manager could not be reached."),
+    {connectionInvalid,
+     QT_TRANSLATE_NOOP("StatusMessages", "The file manager could not be reached."),
      QT_TRANSLATE_NOOP("StatusMessages",
                        "The request could not be sent on the session bus. The file manager may "
                        "have stopped, or the desktop session may be ending.")},
@@ -102,7 +103,9 @@ constexpr std::span<const StatusMessage> kTables[] = {kFileStatuses, kProgramSta
 
 } // namespace
 
-std::span<const std::span<const StatusMessage>> StatusMessageTables() { return kTables; }
+std::span<const std::span<const StatusMessage>> StatusMessageTables() {
+    return kTables;
+}
 
 QString FallbackErrorText() {
     return QCoreApplication::translate(kStatusMessagesContext,

@@ -7,6 +7,8 @@ void FakeAlerts::showErrorAlert(const QString &context, const QString &number,
     alerts.append({context, number, message, explanation});
 }
 
-void FakeAlerts::beep() { ++beeps; }
+void FakeAlerts::beep() {
+    ++beeps;
+}
 
 } // namespace platform

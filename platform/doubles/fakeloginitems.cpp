@@ -31,8 +31,12 @@ bool FakeLoginItems::isKestrelMenuProgram(const QByteArray &path) {
     return kestrelPrograms.contains(path) || (self && path == *self);
 }
 
-bool FakeLoginItems::isThisProgram(const QByteArray &path) { return self && path == *self; }
+bool FakeLoginItems::isThisProgram(const QByteArray &path) {
+    return self && path == *self;
+}
 
-std::optional<QByteArray> FakeLoginItems::thisProgramPath() { return self; }
+std::optional<QByteArray> FakeLoginItems::thisProgramPath() {
+    return self;
+}
 
 } // namespace platform

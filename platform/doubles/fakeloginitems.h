@@ -18,8 +18,8 @@ public:
 
     QList<LoginItem> currentUser;
     QList<LoginItem> anyUser;
-    QSet<QByteArray> kestrelPrograms;       // paths that are copies of this program
-    std::optional<QByteArray> self;         // the running copy
+    QSet<QByteArray> kestrelPrograms; // paths that are copies of this program
+    std::optional<QByteArray> self;   // the running copy
     bool failWrites = false;
     int nextEntry = 1;
 };

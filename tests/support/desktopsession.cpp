@@ -85,8 +85,7 @@ DesktopSession::DesktopSession(Options options) {
             failure_ = QStringLiteral("openbox is not installed");
             return;
         }
-        start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")},
-              environment(base));
+        start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")}, environment(base));
         const bool ready = WaitFor([this] {
             return run(QStringLiteral("xprop"),
                        {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")})
@@ -111,8 +110,8 @@ QProcessEnvironment DesktopSession::environment(QProcessEnvironment base) const 
     return base;
 }
 
-QByteArray DesktopSession::run(const QString &program, const QStringList &arguments,
-                               int timeoutMs, int *exitCode) const {
+QByteArray DesktopSession::run(const QString &program, const QStringList &arguments, int timeoutMs,
+                               int *exitCode) const {
     QProcess process;
     process.setProcessEnvironment(environment(QProcessEnvironment::systemEnvironment()));
     process.start(program, arguments);

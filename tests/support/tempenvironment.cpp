@@ -38,11 +38,21 @@ TempEnvironment::~TempEnvironment() {
     }
 }
 
-QByteArray TempEnvironment::root() const { return QFile::encodeName(dir_.path()); }
-QByteArray TempEnvironment::home() const { return root() + "/home"; }
-QByteArray TempEnvironment::configHome() const { return root() + "/home/.config"; }
-QByteArray TempEnvironment::systemConfig() const { return root() + "/etc-xdg"; }
-QByteArray TempEnvironment::runtimeDir() const { return root() + "/run"; }
+QByteArray TempEnvironment::root() const {
+    return QFile::encodeName(dir_.path());
+}
+QByteArray TempEnvironment::home() const {
+    return root() + "/home";
+}
+QByteArray TempEnvironment::configHome() const {
+    return root() + "/home/.config";
+}
+QByteArray TempEnvironment::systemConfig() const {
+    return root() + "/etc-xdg";
+}
+QByteArray TempEnvironment::runtimeDir() const {
+    return root() + "/run";
+}
 
 QProcessEnvironment TempEnvironment::processEnvironment() const {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

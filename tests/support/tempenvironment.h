@@ -14,9 +14,9 @@ public:
     TempEnvironment(const TempEnvironment &) = delete;
     TempEnvironment &operator=(const TempEnvironment &) = delete;
 
-    QByteArray root() const;       // the temporary folder
-    QByteArray home() const;       // $HOME
-    QByteArray configHome() const; // $XDG_CONFIG_HOME
+    QByteArray root() const;         // the temporary folder
+    QByteArray home() const;         // $HOME
+    QByteArray configHome() const;   // $XDG_CONFIG_HOME
     QByteArray systemConfig() const; // first of $XDG_CONFIG_DIRS
     QByteArray runtimeDir() const;   // $XDG_RUNTIME_DIR
 
