@@ -1,7 +1,156 @@
 #include "titles/readymenu.h"
 
+#include "core/errors.h"
+#include "core/lists.h"
+#include "foldermenus/foldercache.h"
+#include "platform/frontwindow.h"
+#include "platform/service.h"
+#include "platform/titlewindows.h"
+#include "titles/drawreadymenu.h"
+#include "titles/titleevents.h"
+#include "titles/titlewindow.h"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QTimer>
+
 ReadyMenu *firstReadyMenu = nullptr;
 ReadyMenu *pulledReadyMenu = nullptr;
+bool system105OrLater = false;
+Rect menuBarRect;
+
+namespace {
+// The title timer: a tick every 1/15 second.
+QTimer *AppleMenuCarbonTimerRef = nullptr;
+bool FrontSwitchedCarbonEventRef = false;
+constexpr int kTitleTimerInterval = 1000 / 15;
+} // namespace
+
+OSStatus InitialiseReadyMenus() {
+    system105OrLater = platform::service<platform::TitleWindows>().compositingManagerRunning();
+
+    // The images built into the program come after any folder put before them.
+    QStringList imageFolders = QDir::searchPaths(QLatin1String(kTitleImageSearchPath));
+    if (!imageFolders.contains(QLatin1String(":/images"))) {
+        imageFolders.append(QStringLiteral(":/images"));
+        QDir::setSearchPaths(QLatin1String(kTitleImageSearchPath), imageFolders);
+    }
+
+    platform::service<platform::FrontWindow>().setFrontSwitchedHandler(
+        [] { FrontSwitchedCarbonEvent(); });
+    FrontSwitchedCarbonEventRef = true;
+
+    AppleMenuCarbonTimerRef = new QTimer();
+    AppleMenuCarbonTimerRef->setInterval(kTitleTimerInterval);
+    AppleMenuCarbonTimerRef->setTimerType(Qt::CoarseTimer);
+    QObject::connect(AppleMenuCarbonTimerRef, &QTimer::timeout, AppleMenuCarbonTimer);
+    AppleMenuCarbonTimerRef->start();
+    // The first tick comes at once, not after the first interval.
+    QTimer::singleShot(0, AppleMenuCarbonTimerRef, AppleMenuCarbonTimer);
+
+    ScreenInformationChanged();
+    return noErr;
+}
+
+void DestroyReadyMenus() {
+    delete AppleMenuCarbonTimerRef;
+    AppleMenuCarbonTimerRef = nullptr;
+    if (FrontSwitchedCarbonEventRef)
+        platform::service<platform::FrontWindow>().setFrontSwitchedHandler(nullptr);
+    FrontSwitchedCarbonEventRef = false;
+}
+
+OSErr RebuildReadyMenus() {
+    ClearReadyMenus();
+    OSErr status = noErr;
+    for (MenuSpec *spec = firstMenuSpec; spec != nullptr && status == noErr; spec = spec->next) {
+        // Only left-hand menus get a title; the others are kept in the settings.
+        if (spec->side == kSideLeft)
+            AddReadyMenu(&status, spec);
+    }
+    return status;
+}
+
+void ClearReadyMenus() {
+    while (firstReadyMenu != nullptr)
+        RemoveReadyMenu(firstReadyMenu);
+}
+
+ReadyMenu *AddReadyMenu(OSErr *err, MenuSpec *spec) {
+    ReadyMenu *title = AllocRecord<ReadyMenu>(err);
+    if (*err != noErr)
+        return title;
+    title->menuSpec = spec;
+    title->hoverHidden = false;
+
+    auto *window = new TitleWindow(system105OrLater);
+    title->window = window;
+    // Gives the window its place on the display before it is kept above the rest.
+    window->winId();
+    platform::service<platform::TitleWindows>().keepAbove(window);
+
+    title->cachedMenu = nullptr;
+    AddToLinkedList(&firstReadyMenu, title, static_cast<ReadyMenu *>(nullptr));
+
+    // Shown whatever the hover and fullscreen states: their next change corrects it.
+    RepositionReadyMenus();
+    window->show();
+    DrawReadyMenu(title);
+    return title;
+}
+
+void RemoveReadyMenu(ReadyMenu *title) {
+    QWidget *window = title->window;
+    platform::service<platform::TitleWindows>().forget(window);
+    window->hide();
+    // Later, not now: the title may be removed from inside its own window's event.
+    window->deleteLater();
+    title->window = nullptr;
+
+    if (title->menuSpec->contents == kContentsFolder)
+        DestroyFolderCachedMenu(title);
+    RemoveFromLinkedList(&firstReadyMenu, title);
+    DestroyRecord(title);
+    RepositionReadyMenus();
+}
+
+void RepositionReadyMenus() {
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    const QRect device = screen != nullptr ? screen->geometry() : QRect();
+    menuBarRect.top = std::int16_t(device.top());
+    menuBarRect.left = std::int16_t(device.left());
+    menuBarRect.right = std::int16_t(device.left() + device.width());
+    menuBarRect.bottom = std::int16_t(menuBarRect.top + kMenuBarHeight);
+
+    std::int16_t leftCursor = menuBarRect.left;
+    std::int16_t rightCursor = menuBarRect.right;
+    for (ReadyMenu *title = firstReadyMenu; title != nullptr; title = title->next) {
+        Rect bounds;
+        bounds.top = menuBarRect.top;
+        bounds.bottom = std::int16_t(bounds.top + kMenuBarHeight);
+        bounds.left = leftCursor;
+        bounds.right = rightCursor;
+        if (title->menuSpec->side == kSideLeft) {
+            leftCursor = std::int16_t(leftCursor + kLeftTitleWidth);
+            bounds.right = leftCursor;
+        } else if (title->menuSpec->side == kSideRight) {
+            rightCursor = std::int16_t(rightCursor - kRightTitleWidth);
+            bounds.left = rightCursor;
+        }
+        title->window->setGeometry(bounds.left, bounds.top, bounds.right - bounds.left,
+                                   bounds.bottom - bounds.top);
+
+        title->titleRect = Rect{0, 0, std::int16_t(bounds.bottom - bounds.top),
+                                std::int16_t(bounds.right - bounds.left)};
+        if (title->menuSpec->side == kSideLeft)
+            title->titleRect.left = std::int16_t(title->titleRect.left + kLeftTitleInset);
+    }
+}
+
+void ScreenInformationChanged() {
+    RepositionReadyMenus();
+}
 
 ReadyMenu *FindReadyMenu(const QWidget *window) {
     for (ReadyMenu *title = firstReadyMenu; title != nullptr; title = title->next) {

@@ -10,16 +10,42 @@ class QFileSystemWatcher;
 
 struct ReadyMenu {
     ReadyMenu *next;
-    MenuSpec *menuSpec;        // not owned: the MenuSpec list owns it
-    QMenu *cachedMenu;         // the title's root folder menu; null until first needed
-    QWidget *window;           // the title window; owned
-    Rect titleRect;            // window-local; a left-hand title's area starts 10 pixels in
-    bool hoverHidden;          // hidden by the hover rule at the last timer tick
+    MenuSpec *menuSpec; // not owned: the MenuSpec list owns it
+    QMenu *cachedMenu;  // the title's root folder menu; null until first needed
+    QWidget *window;    // the title window; owned
+    Rect titleRect;     // window-local; a left-hand title's area starts 10 pixels in
+    bool hoverHidden;   // hidden by the hover rule at the last timer tick
     QFileSystemWatcher *folderSubscription; // watches the folder of cachedMenu
 };
 
 extern ReadyMenu *firstReadyMenu;
 extern ReadyMenu *pulledReadyMenu; // the title whose menu is open, or null
+
+// True when a compositing manager runs, so titles are drawn translucent over
+// the panel; without one they draw an opaque menu-bar look of their own.
+extern bool system105OrLater;
+// The top bar of the primary screen as last placed: its top 22 pixels.
+extern Rect menuBarRect;
+
+// The fixed measures of the top bar and its titles.
+inline constexpr int kMenuBarHeight = 22;
+inline constexpr int kLeftTitleWidth = 45;
+inline constexpr int kRightTitleWidth = 22;
+inline constexpr int kLeftTitleInset = 10;
+
+// Sets up what every title shares: the front-window watch and the title timer.
+OSStatus InitialiseReadyMenus();
+void DestroyReadyMenus();
+// Removes every title and makes one per left-hand menu, stopping at the first failure.
+OSErr RebuildReadyMenus();
+void ClearReadyMenus();
+// Makes, places and shows a title for `spec`. On failure after the record was
+// made, the record is returned unlinked, with `*err` set.
+ReadyMenu *AddReadyMenu(OSErr *err, MenuSpec *spec);
+void RemoveReadyMenu(ReadyMenu *title);
+// Places every title in the top bar of the primary screen.
+void RepositionReadyMenus();
+void ScreenInformationChanged();
 
 // The first title whose window is `window`, or null.
 ReadyMenu *FindReadyMenu(const QWidget *window);

@@ -1,0 +1,18 @@
+// A pointer that stays where the test puts it.
+#pragma once
+
+#include "platform/pointer.h"
+
+namespace platform {
+
+class FakePointer final : public Pointer {
+public:
+    PointerState query() override {
+        ++queries;
+        return state;
+    }
+    PointerState state;
+    int queries = 0;
+};
+
+} // namespace platform
