@@ -7,7 +7,7 @@ packages=(
     # build
     cmake ninja-build g++ pkg-config make
     qt6-base-dev qt6-base-dev-tools libqt6svg6
-    libglib2.0-dev libxcb1-dev
+    libglib2.0-dev libxcb1-dev qt6-svg-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     clang libclang-rt-14-dev
     # run: icon themes, the virtual display, a window manager, a session bus
