@@ -1,0 +1,15 @@
+// Icons of folder menu items, from the desktop's icon theme.
+#pragma once
+
+#include <QIcon>
+
+struct FolderEntry;
+
+// The entry's icon: "folder" for folders, a desktop entry's Icon, else the icon
+// of the MIME type its name suggests (the contents are never read). Looked up
+// once per type and suffix; the style's file and folder icons stand in where
+// the theme has none.
+QIcon FolderEntryIcon(const FolderEntry &entry);
+
+// Forgets every icon looked up so far (the next lookups ask the theme again).
+void ClearFolderIconCache();
