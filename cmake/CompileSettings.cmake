@@ -18,3 +18,10 @@ if(KESTREL_SANITIZE)
         -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     target_link_options(kestrel_settings INTERFACE -fsanitize=address,undefined)
 endif()
+
+if(KESTREL_BUILD_FUZZ)
+    # Coverage for libFuzzer in every library the fuzz targets link.
+    target_compile_options(kestrel_settings INTERFACE
+        -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+    target_link_options(kestrel_settings INTERFACE -fsanitize=address,undefined)
+endif()
