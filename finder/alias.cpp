@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -54,4 +55,57 @@ OSErr CreateAlias(const FSSpec *item, const FSSpec *folder) {
             return OSErrFromErrno(errno);
     }
     return dupFNErr;
+}
+
+QByteArray CleanPath(const QByteArray &path) {
+    QList<QByteArray> parts;
+    for (const QByteArray &part : path.split('/')) {
+        if (part.isEmpty() || part == ".")
+            continue;
+        if (part == "..") {
+            if (!parts.isEmpty())
+                parts.removeLast();
+            continue;
+        }
+        parts.append(part);
+    }
+    return "/" + parts.join('/');
+}
+
+OSErr ResolveAliasFile(FSSpec *spec, bool resolveChains, bool *targetIsFolder, bool *wasAliased) {
+    constexpr int kMaxLinks = 40;
+    if (targetIsFolder != nullptr)
+        *targetIsFolder = false;
+    if (wasAliased != nullptr)
+        *wasAliased = false;
+    if (!spec->path.startsWith('/'))
+        return paramErr;
+
+    QByteArray path = spec->path;
+    int followed = 0;
+    for (;;) {
+        struct stat info;
+        if (::lstat(path.constData(), &info) != 0)
+            return followed == 0 ? OSErrFromErrno(errno) : OSErr(fnfErr);
+        if (!S_ISLNK(info.st_mode) || (followed == 1 && !resolveChains)) {
+            // The end of the chain, or as far as we were asked to go.
+            if (S_ISLNK(info.st_mode) && ::stat(path.constData(), &info) != 0)
+                info.st_mode = S_IFLNK;
+            if (targetIsFolder != nullptr)
+                *targetIsFolder = S_ISDIR(info.st_mode);
+            break;
+        }
+        if (++followed > kMaxLinks)
+            return ioErr;
+        QByteArray target(PATH_MAX, '\0');
+        const ssize_t length = ::readlink(path.constData(), target.data(), target.size());
+        if (length < 0)
+            return OSErrFromErrno(errno);
+        target.resize(length);
+        path = CleanPath(target.startsWith('/') ? target : JoinPath(ParentPath(path), target));
+    }
+    if (wasAliased != nullptr)
+        *wasAliased = followed > 0;
+    spec->path = path;
+    return noErr;
 }

@@ -12,3 +12,14 @@ OSErr CreateAlias(const FSSpec *item, const FSSpec *folder);
 // The name CreateAlias gives the link for `item` on its `attempt`-th try
 // (1 = the item's own name), kept within the file system's 255 bytes.
 QByteArray AliasName(const QByteArray &itemPath, int attempt);
+
+// Follows `*spec` while it is a link: the whole chain when `resolveChains`,
+// else one link. `*targetIsFolder` tells whether the item reached is a folder,
+// `*wasAliased` whether a link was followed (either may be null). A broken
+// link leaves `*spec` as it is and gives fnfErr; a loop, or a chain of more
+// than 40 links, gives ioErr.
+OSErr ResolveAliasFile(FSSpec *spec, bool resolveChains, bool *targetIsFolder, bool *wasAliased);
+
+// `path` with "." and ".." components and doubled slashes taken out, without
+// looking at the disk.
+QByteArray CleanPath(const QByteArray &path);

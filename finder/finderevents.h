@@ -15,7 +15,7 @@
 
 enum FinderAction : std::int16_t {
     kFinderOpen = 0,
-    kFinderOpenWith = 1,  // extra: the application (a desktop entry)
+    kFinderOpenWith = 1, // extra: the application (a desktop entry)
     kFinderReveal = 2,
     kFinderDuplicate = 3, // extra: the destination folder
     kFinderMove = 4,      // extra: the destination folder

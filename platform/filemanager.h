@@ -1,0 +1,43 @@
+// The desktop's file manager: the session's org.freedesktop.FileManager1
+// service, and the default application for folders that stands in for it
+// when the session has none.
+#pragma once
+
+#include "core/types.h"
+
+#include <QByteArray>
+#include <QList>
+
+#include <cstdint>
+
+namespace platform {
+
+class FileManager {
+public:
+    virtual ~FileManager() = default;
+
+    // Whether the service has an owner on the bus or the bus can start it.
+    virtual bool serviceExists() = 0;
+    // The process that owns the service; 0 while none does.
+    virtual std::int64_t serviceProcess() = 0;
+    // Requests to the service, sent without waiting for the answer. Items are
+    // absolute paths. connectionInvalid when the request cannot be queued or
+    // the service cannot be reached.
+    virtual OSErr showFolders(const QList<QByteArray> &paths) = 0;
+    virtual OSErr showItems(const QList<QByteArray> &paths) = 0;
+    virtual OSErr showItemProperties(const QList<QByteArray> &paths) = 0;
+
+    // Whether the desktop has a default application for folders.
+    virtual bool alternativeExists() = 0;
+    // A running process of that application; 0 when none runs.
+    virtual std::int64_t alternativeProcess() = 0;
+    // Opens folders in the default application for folders.
+    virtual OSErr alternativeOpenFolders(const QList<QByteArray> &paths) = 0;
+
+    // Copies or moves `item` into `folder`, keeping its name; dupFNErr when the
+    // name is taken there.
+    virtual OSErr copyInto(const QByteArray &item, const QByteArray &folder) = 0;
+    virtual OSErr moveInto(const QByteArray &item, const QByteArray &folder) = 0;
+};
+
+} // namespace platform

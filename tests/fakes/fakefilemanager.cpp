@@ -1,0 +1,75 @@
+// A stand-in for the desktop's file manager, for the tests.
+//
+//   kestrel-fake-filemanager LOG              owns org.freedesktop.FileManager1 on
+//                                             the session bus and records each call
+//   kestrel-fake-filemanager --program LOG ARG...  records how it was started, then
+//                                             exits (an application opening files)
+//
+// Every record is one line of JSON appended to LOG: {"method", "uris", "pid"}.
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QObject>
+#include <QStringList>
+
+#include <unistd.h>
+
+namespace {
+
+QString logPath;
+
+void Record(const QString &method, const QStringList &uris) {
+    QFile file(logPath);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
+        return;
+    QJsonObject record{{QStringLiteral("method"), method},
+                       {QStringLiteral("uris"), QJsonArray::fromStringList(uris)},
+                       {QStringLiteral("pid"), qint64(::getpid())}};
+    file.write(QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n');
+}
+
+class FileManager1 : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+
+public Q_SLOTS:
+    void ShowFolders(const QStringList &uris, const QString &) {
+        Record(QStringLiteral("ShowFolders"), uris);
+    }
+    void ShowItems(const QStringList &uris, const QString &) {
+        Record(QStringLiteral("ShowItems"), uris);
+    }
+    void ShowItemProperties(const QStringList &uris, const QString &) {
+        Record(QStringLiteral("ShowItemProperties"), uris);
+    }
+};
+
+} // namespace
+
+int main(int argc, char **argv) {
+    QCoreApplication application(argc, argv);
+    QStringList arguments = application.arguments().mid(1);
+    if (arguments.size() >= 2 && arguments.first() == QStringLiteral("--program")) {
+        logPath = arguments[1];
+        Record(QStringLiteral("Program"), arguments.mid(2));
+        return 0;
+    }
+    if (arguments.size() != 1)
+        return 2;
+    logPath = arguments.first();
+
+    FileManager1 service;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), &service,
+                            QDBusConnection::ExportAllSlots) ||
+        !bus.registerService(QStringLiteral("org.freedesktop.FileManager1")))
+        return 1;
+    Record(QStringLiteral("Started"), {});
+    return application.exec();
+}
+
+#include "fakefilemanager.moc"
