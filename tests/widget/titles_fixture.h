@@ -1,0 +1,64 @@
+// Titles on the offscreen platform, with the display's answers played by doubles.
+#pragma once
+
+#include "core/settings.h"
+#include "platform/doubles/fakealerts.h"
+#include "platform/doubles/fakefrontwindow.h"
+#include "platform/doubles/fakepointer.h"
+#include "platform/doubles/faketitlewindows.h"
+#include "platform/service.h"
+#include "titles/readymenu.h"
+#include "titles/titleevents.h"
+
+#include <QWidget>
+#include <gtest/gtest.h>
+
+#include <deque>
+
+class TitlesTest : public ::testing::Test {
+protected:
+    // Set before SetUp runs to have the titles drawn without a compositor.
+    explicit TitlesTest(bool compositing = true) { titleWindows.compositing = compositing; }
+
+    void SetUp() override {
+        appleMenuSettings = kDefaultAppleMenuSettings;
+        ASSERT_EQ(InitialiseReadyMenus(), noErr);
+    }
+
+    void TearDown() override {
+        ClearReadyMenus();
+        DestroyReadyMenus();
+        firstMenuSpec = nullptr;
+        pulledReadyMenu = nullptr;
+        classicFrontHideFlag = false;
+        clickFolderMenu = nullptr;
+    }
+
+    // Appends a configured menu to the settings (not yet a title).
+    MenuSpec *AddSpec(OSType side, OSType titleKind = kTitleColourPicture) {
+        specs.push_back(MenuSpec{nullptr, side, kContentsFolder, titleKind, {}, {}});
+        MenuSpec *spec = &specs.back();
+        MenuSpec **link = &firstMenuSpec;
+        while (*link != nullptr)
+            link = &(*link)->next;
+        *link = spec;
+        return spec;
+    }
+
+    ReadyMenu *AddTitle(OSType side, OSType titleKind = kTitleColourPicture) {
+        OSErr err = noErr;
+        ReadyMenu *title = AddReadyMenu(&err, AddSpec(side, titleKind));
+        EXPECT_EQ(err, noErr);
+        return title;
+    }
+
+    platform::FakeAlerts alerts;
+    platform::FakeFrontWindow frontWindow;
+    platform::FakePointer pointer;
+    platform::FakeTitleWindows titleWindows;
+    platform::ScopedService<platform::Alerts> alertsGuard{&alerts};
+    platform::ScopedService<platform::FrontWindow> frontGuard{&frontWindow};
+    platform::ScopedService<platform::Pointer> pointerGuard{&pointer};
+    platform::ScopedService<platform::TitleWindows> titleWindowsGuard{&titleWindows};
+    std::deque<MenuSpec> specs;
+};
