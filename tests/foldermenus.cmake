@@ -1,0 +1,4 @@
+kestrel_add_test(NAME foldermenu_entries_test TIER unit
+    SOURCES unit/foldermenu_entries_test.cpp LIBS kestrel_core)
+kestrel_add_test(NAME foldermenu_build_test TIER widget
+    SOURCES widget/foldermenu_build_test.cpp LIBS kestrel_gui)
