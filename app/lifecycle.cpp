@@ -6,6 +6,7 @@
 #include "platform/quitsignals.h"
 #include "platform/service.h"
 #include "prefs/prefsfile.h"
+#include "titles/readymenu.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -81,10 +82,16 @@ void RunKestrelMenu() {
     if (InstallAppleEventHandlers() != noErr)
         return;
     if (InstallCarbonEventHandlers() == noErr) {
-        if (LoadPreferences() == noErr) {
-            qCInfo(lcLifecycle, "running");
-            RunApplicationEventLoop();
-            SavePreferences();
+        // A failed initialisation leaves what it made to the end of the process.
+        if (InitialiseReadyMenus() == noErr) {
+            // Titles already made when a rebuild fails stay until the process ends.
+            if (LoadPreferences() == noErr && RebuildReadyMenus() == noErr) {
+                qCInfo(lcLifecycle, "running");
+                RunApplicationEventLoop();
+                SavePreferences();
+                ClearReadyMenus();
+            }
+            DestroyReadyMenus();
         }
         RemoveCarbonEventHandlers();
     }

@@ -3,22 +3,34 @@
 #include "platform/messageboxalerts.h"
 #include "platform/mountinfo.h"
 #include "platform/service.h"
+#include "platform/x11frontwindow.h"
+#include "platform/x11titlewindows.h"
+#include "platform/xcbpointer.h"
 #include "platform/xdgautostart.h"
 
 struct PlatformServices::Implementations {
     platform::MessageBoxAlerts alerts;
     platform::XdgAutostart loginItems;
     platform::MountInfoWatcher mounts;
+    platform::X11FrontWindow frontWindow;
+    platform::XcbPointer pointer;
+    platform::X11TitleWindows titleWindows;
 };
 
 PlatformServices::PlatformServices() : implementations_(std::make_unique<Implementations>()) {
     platform::install<platform::Alerts>(&implementations_->alerts);
     platform::install<platform::LoginItems>(&implementations_->loginItems);
     platform::install<platform::Mounts>(&implementations_->mounts);
+    platform::install<platform::FrontWindow>(&implementations_->frontWindow);
+    platform::install<platform::Pointer>(&implementations_->pointer);
+    platform::install<platform::TitleWindows>(&implementations_->titleWindows);
 }
 
 PlatformServices::~PlatformServices() {
     platform::install<platform::Alerts>(nullptr);
     platform::install<platform::LoginItems>(nullptr);
     platform::install<platform::Mounts>(nullptr);
+    platform::install<platform::FrontWindow>(nullptr);
+    platform::install<platform::Pointer>(nullptr);
+    platform::install<platform::TitleWindows>(nullptr);
 }
