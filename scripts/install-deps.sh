@@ -14,7 +14,7 @@ packages=(
     hicolor-icon-theme adwaita-icon-theme
     xvfb xauth openbox dbus-daemon
     # tests and screenshots
-    xdotool x11-utils imagemagick desktop-file-utils
+    xdotool x11-utils imagemagick desktop-file-utils dpkg-dev shared-mime-info
 )
 
 missing=()
