@@ -9,7 +9,7 @@ FUZZ_SECONDS ?= 300
 CMAKE_FLAGS ?=
 JOBS       ?= $(shell nproc)
 
-.PHONY: all deps build run test test-asan bench fuzz format clean
+.PHONY: all deps build run test test-asan bench fuzz install package format clean
 
 all: build
 
@@ -42,6 +42,12 @@ fuzz: deps
 	    -DKESTREL_BUILD_TESTS=OFF -DKESTREL_BUILD_FUZZ=ON >/dev/null
 	@cmake --build $(FUZZ_BUILD) -j $(JOBS) --target prefsfile_fuzz
 	@scripts/fuzz.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
+
+install: build
+	@cmake --install $(BUILD)
+
+package: build
+	@cd $(BUILD) && cpack -G DEB >/dev/null && ls -1 $(CURDIR)/$(BUILD)/kestrel-menu_*.deb
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
