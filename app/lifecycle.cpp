@@ -2,6 +2,7 @@
 
 #include "core/errors.h"
 #include "core/eventloop.h"
+#include "finder/finderevents.h"
 #include "foldermenus/foldercache.h"
 #include "platform/quitsignals.h"
 #include "platform/service.h"
@@ -86,6 +87,9 @@ void RunKestrelMenu() {
         if (InitialiseReadyMenus() == noErr) {
             // Titles already made when a rebuild fails stay until the process ends.
             if (LoadPreferences() == noErr && RebuildReadyMenus() == noErr) {
+                // A missing file manager has been reported; the menus work without it.
+                if (generalSettings.finderToFront)
+                    BringFinderToFront();
                 qCInfo(lcLifecycle, "running");
                 RunApplicationEventLoop();
                 SavePreferences();

@@ -1,7 +1,10 @@
 #include "app/platformservices.h"
 
+#include "platform/dbusfilemanager.h"
+#include "platform/giolauncher.h"
 #include "platform/messageboxalerts.h"
 #include "platform/mountinfo.h"
+#include "platform/procfsprocesses.h"
 #include "platform/service.h"
 #include "platform/x11frontwindow.h"
 #include "platform/x11titlewindows.h"
@@ -15,6 +18,9 @@ struct PlatformServices::Implementations {
     platform::X11FrontWindow frontWindow;
     platform::XcbPointer pointer;
     platform::X11TitleWindows titleWindows;
+    platform::DBusFileManager fileManager;
+    platform::GioLauncher launcher;
+    platform::ProcFsProcesses processes;
 };
 
 PlatformServices::PlatformServices() : implementations_(std::make_unique<Implementations>()) {
@@ -24,6 +30,9 @@ PlatformServices::PlatformServices() : implementations_(std::make_unique<Impleme
     platform::install<platform::FrontWindow>(&implementations_->frontWindow);
     platform::install<platform::Pointer>(&implementations_->pointer);
     platform::install<platform::TitleWindows>(&implementations_->titleWindows);
+    platform::install<platform::FileManager>(&implementations_->fileManager);
+    platform::install<platform::Launcher>(&implementations_->launcher);
+    platform::install<platform::Processes>(&implementations_->processes);
 }
 
 PlatformServices::~PlatformServices() {
@@ -33,4 +42,7 @@ PlatformServices::~PlatformServices() {
     platform::install<platform::FrontWindow>(nullptr);
     platform::install<platform::Pointer>(nullptr);
     platform::install<platform::TitleWindows>(nullptr);
+    platform::install<platform::FileManager>(nullptr);
+    platform::install<platform::Launcher>(nullptr);
+    platform::install<platform::Processes>(nullptr);
 }
