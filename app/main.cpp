@@ -3,6 +3,7 @@
 #include "app/lifecycle.h"
 #include "app/platformservices.h"
 #include "app/singleinstance.h"
+#include "foldermenus/menustyle.h"
 
 #include <QApplication>
 
@@ -27,6 +28,7 @@ int main(int argc, char *argv[]) {
     QApplication::setApplicationVersion(QStringLiteral(KESTREL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("kestrel-menu"));
     QApplication::setQuitOnLastWindowClosed(false);
+    InstallMenuStyle();
 
     const PlatformServices services;
     RunKestrelMenu();
