@@ -12,3 +12,5 @@ kestrel_add_test(NAME finder_filemanager_test TIER e2e
 add_dependencies(finder_filemanager_test kestrel_fake_filemanager)
 target_compile_definitions(finder_filemanager_test PRIVATE
     KESTREL_FAKE_FILEMANAGER="$<TARGET_FILE:kestrel_fake_filemanager>")
+kestrel_add_test(NAME finder_applications_test TIER unit
+    SOURCES unit/finderapplications_test.cpp LIBS kestrel_core kestrel_doubles)
