@@ -5,3 +5,13 @@ foreach(name placement drawing events)
         SOURCES widget/titles_${name}_test.cpp widget/titles_fixture.h
         LIBS kestrel_gui kestrel_doubles)
 endforeach()
+
+add_executable(titles_window e2e/titles_window.cpp)
+target_link_libraries(titles_window PRIVATE kestrel_settings Qt6::Widgets)
+
+kestrel_add_test(NAME titles_desktop_test TIER e2e TIMEOUT 240
+    SOURCES e2e/titles_desktop_test.cpp LIBS Qt6::Gui)
+target_compile_definitions(titles_desktop_test PRIVATE
+    KESTREL_PROGRAM="$<TARGET_FILE:kestrel-menu>"
+    KESTREL_TITLES_WINDOW="$<TARGET_FILE:titles_window>")
+add_dependencies(titles_desktop_test kestrel-menu titles_window)

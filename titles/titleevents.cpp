@@ -9,9 +9,12 @@
 #include "titles/readymenu.h"
 #include "titles/userinteraction.h"
 
+#include <QLoggingCategory>
 #include <QWidget>
 
 #include <cmath>
+
+Q_LOGGING_CATEGORY(lcTitles, "kestrel.titles", QtWarningMsg)
 
 bool classicFrontHideFlag = false;
 FolderMenuClick clickFolderMenu = nullptr;
@@ -120,6 +123,7 @@ void SelectReadyMenu(ReadyMenu *title, bool suppressOpen) {
     if (pulledReadyMenu != nullptr)
         return;
     pulledReadyMenu = title;
+    qCDebug(lcTitles, "title at %d,%d selected", title->window->x(), title->window->y());
     // Drawn at once, so that the highlight shows before the menu opens.
     DrawReadyMenu(title);
 
@@ -135,6 +139,7 @@ void SelectReadyMenu(ReadyMenu *title, bool suppressOpen) {
 
 OSStatus FrontSwitchedCarbonEvent() {
     classicFrontHideFlag = platform::service<platform::FrontWindow>().frontIsFullscreen();
+    qCDebug(lcTitles, "front window switched; fullscreen: %d", int(classicFrontHideFlag));
     RevisibleReadyMenus();
     return noErr;
 }

@@ -15,7 +15,8 @@ TitleWindow::TitleWindow(bool translucent)
     // The panel shows through a title only where translucency works.
     setAttribute(Qt::WA_TranslucentBackground, translucent);
     setAttribute(Qt::WA_NoSystemBackground, translucent);
-    setWindowTitle(QStringLiteral("Kestrel Menu"));
+    // Named apart from the program's dialogs, which carry the program's name.
+    setWindowTitle(QStringLiteral("Kestrel Menu title"));
 }
 
 void TitleWindow::paintEvent(QPaintEvent *) {
