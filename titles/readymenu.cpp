@@ -6,6 +6,7 @@
 #include "platform/frontwindow.h"
 #include "platform/service.h"
 #include "platform/titlewindows.h"
+#include "resources/menus.h"
 #include "titles/drawreadymenu.h"
 #include "titles/titleevents.h"
 #include "titles/titlewindow.h"
@@ -29,6 +30,8 @@ constexpr int kTitleTimerInterval = 1000 / 15;
 
 OSStatus InitialiseReadyMenus() {
     system105OrLater = platform::service<platform::TitleWindows>().compositingManagerRunning();
+    // The application and folder command menus every folder menu leads to.
+    LoadCommandMenus();
 
     // The images built into the program come after any folder put before them.
     QStringList imageFolders = QDir::searchPaths(QLatin1String(kTitleImageSearchPath));

@@ -2,19 +2,10 @@
 // included), stepping aside for a fullscreen front window, clicks and dialogs.
 #include "tests/widget/titles_fixture.h"
 
-#include "finder/applications.h"
+#include "platform/doubles/fakeprocesses.h"
 #include "titles/userinteraction.h"
 
 #include <QList>
-
-// Stands in for the process table: whether an automation engine runs.
-static bool automationEngineRunning = false;
-OSErr FindApplicationProcess(OSType creator, ProcessSerialNumber *psn) {
-    if (creator != kAutomationEngineCreator || !automationEngineRunning)
-        return procNotFound;
-    *psn = {4242, 0};
-    return noErr;
-}
 
 namespace {
 
@@ -22,8 +13,15 @@ class TitlesEventsTest : public TitlesTest {
 protected:
     void SetUp() override {
         TitlesTest::SetUp();
-        automationEngineRunning = false;
         title = AddTitle(kSideLeft);
+    }
+
+    // Whether an automation engine is among the running processes.
+    void SetAutomationEngineRunning(bool running) {
+        processes.table.clear();
+        processes.table.append({100, {QByteArrayLiteral("bash")}, true});
+        if (running)
+            processes.table.append({4242, {QByteArrayLiteral("autokey-gtk")}, true});
     }
     void TearDown() override {
         clicks.clear();
@@ -62,6 +60,8 @@ protected:
     }
 
     ReadyMenu *title = nullptr;
+    platform::FakeProcesses processes;
+    platform::ScopedService<platform::Processes> processesGuard{&processes};
 };
 
 TEST_F(TitlesEventsTest, ModifierModeHidesWhileTheKeyIsHeldOverTheTitle) {
@@ -235,7 +235,7 @@ TEST_F(TitlesEventsTest, MouseDownWhileAMenuIsOpenDoesNothing) {
 
 TEST_F(TitlesEventsTest, AutomationEngineClickAtOneEighteenIsIgnored) {
     clickFolderMenu = RecordClick;
-    automationEngineRunning = true;
+    SetAutomationEngineRunning(true);
     MouseDown({1.7, 18.9}); // truncated to (1, 18); the window stands at 0, 0
     EXPECT_TRUE(clicks.isEmpty());
     MouseDown({2, 18});
@@ -246,12 +246,12 @@ TEST_F(TitlesEventsTest, AutomationEngineClickAtOneEighteenIsIgnored) {
     MouseDown({1, 18}, second);
     EXPECT_EQ(clicks.size(), 2);
 
-    automationEngineRunning = false;
+    SetAutomationEngineRunning(false);
     MouseDown({1, 18});
     EXPECT_EQ(clicks.size(), 3);
 
     // Without a location the click is taken as it comes.
-    automationEngineRunning = true;
+    SetAutomationEngineRunning(true);
     MenuWindowCarbonEvent({TitleEventKind::MouseDown, title->window, std::nullopt});
     EXPECT_EQ(clicks.size(), 4);
     // A window that is no title opens nothing.
