@@ -101,11 +101,16 @@ OSStatus InitializeFolderCachedMenu(ReadyMenu *readyMenu) {
     readyMenu->cachedMenu = menu;
     readyMenu->folderSubscription = nullptr;
 
+    // The cached menu outlives any click: its folder items get the submenu of
+    // each click when that click sets up its menus, never one of this moment.
     const QPointer<QMenu> saved = subMenuRef[0];
+    const QPointer<QMenu> savedNext = subMenuRef[1];
     subMenuRef[0] = menu;
+    subMenuRef[1] = nullptr;
     subMenuItems[0] = 0;
     BuildSubMenu(0, &readyMenu->menuSpec->folder);
     subMenuRef[0] = saved;
+    subMenuRef[1] = savedNext;
 
     const QByteArray &folder = readyMenu->menuSpec->folder.path;
     auto *watcher = new QFileSystemWatcher;
