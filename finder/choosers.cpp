@@ -57,12 +57,10 @@ bool SelectNewFolder(FSSpec *folder) {
                            QFile::decodeName(folder->path));
         dialog.setFileMode(QFileDialog::Directory);
         dialog.setOption(QFileDialog::ShowDirsOnly, true);
-        // The link itself is chosen and followed here, so that the menu shows
-        // the folder it points to.
-        dialog.setOption(QFileDialog::DontResolveSymlinks, true);
         // A cancel is the user's answer, not an error: nothing is reported.
         if (dialog.exec() == QDialog::Accepted && dialog.selectedFiles().size() == 1) {
             FSSpec chosen{QFile::encodeName(dialog.selectedFiles().first())};
+            // A link to a folder stands for the folder it points to.
             ResolveAliasFile(&chosen, true, nullptr, nullptr);
             *folder = chosen;
             result = true;

@@ -14,3 +14,5 @@ target_compile_definitions(finder_filemanager_test PRIVATE
     KESTREL_FAKE_FILEMANAGER="$<TARGET_FILE:kestrel_fake_filemanager>")
 kestrel_add_test(NAME finder_applications_test TIER unit
     SOURCES unit/finderapplications_test.cpp LIBS kestrel_core kestrel_doubles)
+kestrel_add_test(NAME finder_choosers_test TIER widget
+    SOURCES widget/finderchoosers_test.cpp LIBS kestrel_gui kestrel_doubles)
