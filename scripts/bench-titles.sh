@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# Measures the running program on a private desktop (Xvfb, openbox, a session
+# bus offering a file manager): time from start to the title shown, idle CPU
+# over 30 seconds with the pointer still, and resident memory.
+#   scripts/bench-titles.sh BUILD-FOLDER [IDLE-SECONDS]
+set -uo pipefail
+
+build=${1:?usage: bench-titles.sh BUILD-FOLDER [IDLE-SECONDS]}
+idle=${2:-30}
+program=$build/app/kestrel-menu
+[ -x "$program" ] || { echo "no program at $program"; exit 1; }
+
+work=$(mktemp -d)
+pids=()
+cleanup() {
+    for (( i=${#pids[@]}-1; i>=0; i-- )); do
+        kill "${pids[i]}" 2>/dev/null
+        wait "${pids[i]}" 2>/dev/null
+    done
+    rm -rf "$work"
+}
+trap cleanup EXIT
+trap 'exit 1' INT TERM
+
+fifo=$work/display; mkfifo "$fifo"
+Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp 3>"$fifo" >/dev/null 2>&1 &
+pids+=($!)
+read -r number <"$fifo"
+export DISPLAY=":$number"
+
+mkdir -p "$work/services"
+printf '[D-BUS Service]\nName=org.freedesktop.FileManager1\nExec=/bin/false\n' \
+    >"$work/services/filemanager.service"
+cat >"$work/bus.conf" <<CONF
+<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>
+<servicedir>$work/services</servicedir>
+<policy context="default"><allow send_destination="*" eavesdrop="true"/>
+<allow eavesdrop="true"/><allow own="*"/></policy></busconfig>
+CONF
+dbus-daemon --nofork --print-address=1 --config-file="$work/bus.conf" >"$work/bus" 2>/dev/null &
+pids+=($!)
+for _ in $(seq 50); do [ -s "$work/bus" ] && break; sleep 0.1; done
+export DBUS_SESSION_BUS_ADDRESS=$(head -n1 "$work/bus")
+
+openbox --sm-disable >/dev/null 2>&1 &
+pids+=($!)
+for _ in $(seq 50); do xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break; sleep 0.1; done
+unset WAYLAND_DISPLAY
+export QT_QPA_PLATFORM=xcb
+xdotool mousemove 600 600
+
+title_shown() { xwininfo -name 'Kestrel Menu title' 2>/dev/null | grep -q IsViewable; }
+
+# Start-up: five runs, each with a fresh home; the median is reported.
+startups=()
+for run in 1 2 3 4 5; do
+    export HOME=$work/home$run XDG_CONFIG_HOME=$work/home$run/.config
+    export XDG_RUNTIME_DIR=$work/run$run
+    mkdir -p "$HOME" "$XDG_RUNTIME_DIR"; chmod 700 "$XDG_RUNTIME_DIR"
+    [ $run -gt 1 ] && cp -a "$work/home1/.config" "$HOME/" # settings as a returning user has them
+    start=$(date +%s%N)
+    "$program" 2>/dev/null &
+    app=$!
+    until title_shown; do
+        kill -0 $app 2>/dev/null || { echo "the program ended before its title showed"; exit 1; }
+        sleep 0.002
+    done
+    startups+=($(( ($(date +%s%N) - start) / 1000000 )))
+    if [ $run -lt 5 ]; then
+        kill $app; wait $app 2>/dev/null
+    fi
+done
+pids+=($app)
+sorted=($(printf '%s\n' "${startups[@]}" | sort -n))
+echo "start-up to title shown: median ${sorted[2]} ms (runs: ${startups[*]} ms; first run makes the settings)"
+
+# Idle: the last copy keeps running with the pointer still.
+sleep 2
+ticks() { awk '{print $14 + $15}' "/proc/$app/stat"; }
+hz=$(getconf CLK_TCK)
+before=$(ticks)
+sleep "$idle"
+after=$(ticks)
+awk -v t=$(( after - before )) -v hz="$hz" -v s="$idle" \
+    'BEGIN { printf "idle CPU over %d s: %.3f%% of one core (%d ticks)\n", s, 100 * t / hz / s, t }'
+echo "resident memory: $(awk '/^VmRSS/ {printf "%.1f MB", $2 / 1024}' "/proc/$app/status")"
