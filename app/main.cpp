@@ -18,6 +18,11 @@ int main(int argc, char *argv[]) {
         return 0;
     }
 
+    // The titles are X11 windows that stand over the top bar; in a Wayland session
+    // they run through XWayland unless the user chose a platform explicitly.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+
     // The program has no options: Qt sees only the program name.
     int qtArgc = 1;
     QApplication application(qtArgc, argv);

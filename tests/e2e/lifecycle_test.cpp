@@ -43,8 +43,16 @@ protected:
             .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
     }
 
+    // The desktop offers a file manager, as desktops do, so that the program has
+    // one to bring forward when it starts.
+    static DesktopSession::Options WithFileManager() {
+        DesktopSession::Options options;
+        options.activatableNames = {QStringLiteral("org.freedesktop.FileManager1")};
+        return options;
+    }
+
     TempEnvironment env;
-    DesktopSession session;
+    DesktopSession session{WithFileManager()};
     QByteArray log_;
 };
 

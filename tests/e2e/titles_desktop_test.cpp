@@ -23,16 +23,13 @@ struct WindowInfo {
 class TitlesDesktopTest : public ::testing::Test {
 protected:
     explicit TitlesDesktopTest(DesktopSession::Options options = {})
-        : session(WithFileManager(options, services)) {}
+        : session(WithFileManager(options)) {}
 
     // The desktop offers a file manager on its bus, as desktops do, so that
     // the program has one to bring forward when it starts. Nothing here asks
     // the bus to start it.
-    static DesktopSession::Options WithFileManager(DesktopSession::Options options,
-                                                   const QTemporaryDir &services) {
-        WriteFile(QFile::encodeName(services.filePath(QStringLiteral("filemanager.service"))),
-                  "[D-BUS Service]\nName=org.freedesktop.FileManager1\nExec=/bin/false\n");
-        options.busServiceDir = services.path();
+    static DesktopSession::Options WithFileManager(DesktopSession::Options options) {
+        options.activatableNames = {QStringLiteral("org.freedesktop.FileManager1")};
         return options;
     }
 
@@ -119,7 +116,6 @@ protected:
     }
 
     TempEnvironment env;
-    QTemporaryDir services;
     DesktopSession session;
     QProcess *program = nullptr;
     QByteArray title;
@@ -211,7 +207,13 @@ TEST_F(TitlesDesktopTest, HoverKeyHidesTheTitleWhileHeldOverIt) {
 // title must raise itself again whenever a window is mapped or raised.
 class TitlesBareDisplayTest : public TitlesDesktopTest {
 protected:
-    TitlesBareDisplayTest() : TitlesDesktopTest(DesktopSession::Options{.windowManager = false}) {}
+    TitlesBareDisplayTest() : TitlesDesktopTest(WithoutWindowManager()) {}
+
+    static DesktopSession::Options WithoutWindowManager() {
+        DesktopSession::Options options;
+        options.windowManager = false;
+        return options;
+    }
 };
 
 TEST_F(TitlesBareDisplayTest, TitleRaisesItselfAboveWindowsMappedOrRaisedLater) {

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 #include <QThread>
@@ -65,6 +66,19 @@ DesktopSession::DesktopSession(Options options) {
                      "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>";
     if (!options.busServiceDir.isEmpty())
         xml += "<servicedir>" + QFile::encodeName(options.busServiceDir) + "</servicedir>";
+    if (!options.activatableNames.isEmpty()) {
+        const QString services = dir_.filePath(QStringLiteral("services"));
+        QDir().mkpath(services);
+        for (const QString &name : options.activatableNames) {
+            QFile service(services + u'/' + name + QStringLiteral(".service"));
+            if (!service.open(QIODevice::WriteOnly)) {
+                failure_ = QStringLiteral("cannot write the service file of ") + name;
+                return;
+            }
+            service.write("[D-BUS Service]\nName=" + name.toUtf8() + "\nExec=/bin/false\n");
+        }
+        xml += "<servicedir>" + QFile::encodeName(services) + "</servicedir>";
+    }
     xml += "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
            "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>\n";
     file.write(xml);

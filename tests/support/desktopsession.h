@@ -16,6 +16,9 @@ public:
     struct Options {
         bool windowManager = true;
         QString busServiceDir; // activatable services of the private bus, if any
+        // Names the bus offers as activatable (with a program that never starts),
+        // as a desktop offers its file manager.
+        QStringList activatableNames;
         QString screen = QStringLiteral("1280x800x24");
     };
     explicit DesktopSession(Options options);
