@@ -15,3 +15,10 @@ target_compile_definitions(titles_desktop_test PRIVATE
     KESTREL_PROGRAM="$<TARGET_FILE:kestrel-menu>"
     KESTREL_TITLES_WINDOW="$<TARGET_FILE:titles_window>")
 add_dependencies(titles_desktop_test kestrel-menu titles_window)
+
+# Drops on a title: the handlers with hand-made drags, and the window's drag events.
+foreach(name handlers window)
+    kestrel_add_test(NAME titles_drop_${name}_test TIER widget
+        SOURCES widget/titles_drop_${name}_test.cpp widget/titles_fixture.h
+        LIBS kestrel_gui kestrel_doubles)
+endforeach()

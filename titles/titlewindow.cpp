@@ -1,8 +1,10 @@
 #include "titles/titlewindow.h"
 
+#include "titles/titledrops.h"
 #include "titles/titleevents.h"
 
 #include <QMouseEvent>
+#include <QPainter>
 
 TitleWindow::TitleWindow(bool translucent)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint |
@@ -17,12 +19,33 @@ TitleWindow::TitleWindow(bool translucent)
     setAttribute(Qt::WA_NoSystemBackground, translucent);
     // Named apart from the program's dialogs, which carry the program's name.
     setWindowTitle(QStringLiteral("Kestrel Menu title"));
+    // Files dropped on a title become links in its folder.
+    setAcceptDrops(true);
 }
 
 void TitleWindow::paintEvent(QPaintEvent *) {
     painting_ = true;
     MenuWindowCarbonEvent({TitleEventKind::DrawContent, this, std::nullopt});
     painting_ = false;
+    if (dragHighlight_.isEmpty())
+        return;
+    // The drop highlight over the title: a tint and a frame drawn inside its edge.
+    QPainter context(this);
+    QColor highlight = palette().color(QPalette::Active, QPalette::Highlight);
+    context.setClipRegion(dragHighlight_);
+    highlight.setAlphaF(0.35f);
+    context.fillRect(dragHighlight_.boundingRect(), highlight);
+    highlight.setAlphaF(1.0f);
+    context.setPen(QPen(highlight, 2));
+    context.setBrush(Qt::NoBrush);
+    context.drawRect(QRectF(dragHighlight_.boundingRect()).adjusted(1, 1, -1, -1));
+}
+
+void TitleWindow::setDragHighlight(const QRegion &region) {
+    if (region == dragHighlight_)
+        return;
+    dragHighlight_ = region;
+    update();
 }
 
 void TitleWindow::showEvent(QShowEvent *) {
@@ -32,4 +55,20 @@ void TitleWindow::showEvent(QShowEvent *) {
 void TitleWindow::mousePressEvent(QMouseEvent *event) {
     event->accept();
     MenuWindowCarbonEvent({TitleEventKind::MouseDown, this, event->globalPosition()});
+}
+
+void TitleWindow::dragEnterEvent(QDragEnterEvent *event) {
+    TitleDragEnterEvent(this, event);
+}
+
+void TitleWindow::dragMoveEvent(QDragMoveEvent *event) {
+    TitleDragMoveEvent(this, event);
+}
+
+void TitleWindow::dragLeaveEvent(QDragLeaveEvent *event) {
+    TitleDragLeaveEvent(this, event);
+}
+
+void TitleWindow::dropEvent(QDropEvent *event) {
+    TitleDropEvent(this, event);
 }
