@@ -131,13 +131,12 @@ double IconMicrosPerEntry(const QByteArray &folder, bool cold) {
            1000.0 / double(std::max<std::size_t>(1, listing.entries.size()));
 }
 
-double SubmenuOpenMs(const QByteArray &root) {
-    const QByteArray parent = root + "/submenu";
+// Opening a submenu (again and again: each opening empties and refills it) whose
+// folder is `inner`, reached through a link in a folder of its own.
+double SubmenuOpenMs(const QByteArray &root, const QByteArray &inner, int runs) {
+    const QByteArray parent = root + "/opens-" + QByteArray::number(qHash(inner));
     mkdir(parent.constData(), 0755);
-    const QByteArray inner = parent + "/Hundred";
-    mkdir(inner.constData(), 0755);
-    for (int i = 0; i < 100; ++i)
-        Touch(inner + "/Entry " + QByteArray::number(i) + kSuffixes[i % std::size(kSuffixes)]);
+    symlink(inner.constData(), (parent + "/Inner").constData());
     MenuSpec spec{};
     spec.folder = FSSpec{parent};
     ReadyMenu title{};
@@ -145,15 +144,14 @@ double SubmenuOpenMs(const QByteArray &root) {
     InitializeFolderCachedMenu(&title);
     QMenu *menu = title.cachedMenu;
     SetUpDepthMenus(menu);
-    Show(menu);
+    // The item stands selected in the (hidden) root; the submenu fills itself as
+    // it opens, exactly as when the pointer rests on the item.
     menu->setActiveAction(menu->actions().first());
-    const double ms = MedianMs(9, [&] {
+    const double ms = MedianMs(runs, [&] {
         QMenu *sub = subMenuRef[1];
-        CarbonEventSubMenu(sub);
         Show(sub);
         sub->hide();
     });
-    menu->hide();
     TearDownDepthMenus();
     DestroyFolderCachedMenu(&title);
     return ms;
@@ -190,8 +188,14 @@ int main(int argc, char **argv) {
                     read + bare, menu, ratio, coldIcons, warmIcons);
         std::fflush(stdout);
     }
-    const double submenu = SubmenuOpenMs(rootPath);
-    std::printf("submenu of 100 entries opens in %.2f ms (target 16 ms)\n", submenu);
+    const QByteArray hundred = rootPath + "/hundred";
+    mkdir(hundred.constData(), 0755);
+    for (int i = 0; i < 100; ++i)
+        Touch(hundred + "/Entry " + QByteArray::number(i) + kSuffixes[i % std::size(kSuffixes)]);
+    std::printf("submenu of 100 entries opens in %.2f ms (target 16 ms)\n",
+                SubmenuOpenMs(rootPath, hundred, 9));
+    std::printf("submenu of 10000 entries opens again in %.2f ms\n",
+                SubmenuOpenMs(rootPath, rootPath + "/folder-10000", 3));
     std::printf("root menu within 1.3x the floors at every size: %s\n", met ? "yes" : "NO");
     return 0;
 }
