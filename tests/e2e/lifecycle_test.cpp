@@ -112,15 +112,19 @@ TEST_F(LifecycleTest, ADamagedPreferencesFileStopsTheStartWithAnAlertAndIsKept) 
     WriteFile(prefsFile(), damaged);
     QProcess *program = startProgram();
 
+    // The alert shows and takes the keyboard.
     const bool alertShown = WaitFor([&] {
-        return !session
-                    .run(QStringLiteral("xdotool"),
-                         {QStringLiteral("search"), QStringLiteral("--name"),
-                          QStringLiteral("^Kestrel Menu$")})
-                    .trimmed()
-                    .isEmpty();
+        const QList<QByteArray> named =
+            session
+                .run(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--name"),
+                                                 QStringLiteral("^Kestrel Menu$")})
+                .trimmed()
+                .split('\n');
+        const QByteArray active =
+            session.run(QStringLiteral("xdotool"), {QStringLiteral("getactivewindow")}).trimmed();
+        return !active.isEmpty() && named.contains(active);
     });
-    EXPECT_TRUE(alertShown);
+    ASSERT_TRUE(alertShown);
     log_ += program->readAllStandardError();
     EXPECT_FALSE(log_.contains("running")) << "the program must not start its event loop";
 
