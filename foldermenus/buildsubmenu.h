@@ -29,6 +29,8 @@ extern std::uint32_t subMenuItems[kDepthMenuCount];
 // submenus for real folders, each item's path as its data. A folder that
 // shows nothing (or cannot be read) gets one item without data, the empty
 // text. Returns the first failure; nothing is reported to the user.
+// Fill a menu only while it is hidden (as it is on its way to opening): an
+// open menu lays itself out again for every item taken out or put in.
 OSStatus BuildSubMenu(std::int32_t depth, const FSSpec *folderSpec);
 
 // The path stored on a folder item; empty for the placeholder and for items
