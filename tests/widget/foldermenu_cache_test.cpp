@@ -129,6 +129,22 @@ TEST(FolderCache, AMenuOnScreenOutlivesItsFolderChanging) {
     EXPECT_TRUE(WaitFor([&] { return menu == nullptr; }, 2000));
 }
 
+TEST(FolderCache, AMenuDroppedDuringAClickIsFreedAfterIt) {
+    // A command of the menu (adding an item, say) drops it after the menu has
+    // closed but while the click is still being handled.
+    Folder folder;
+    Title title(folder.path());
+    ASSERT_EQ(InitializeFolderCachedMenu(&title.record), noErr);
+    QPointer<QMenu> menu = title.record.cachedMenu;
+    pulledReadyMenu = &title.record;
+    DestroyFolderCachedMenu(&title.record);
+    EXPECT_EQ(title.record.cachedMenu, nullptr);
+    QTest::qWait(300);
+    EXPECT_NE(menu, nullptr);
+    pulledReadyMenu = nullptr;
+    EXPECT_TRUE(WaitFor([&] { return menu == nullptr; }, 2000));
+}
+
 TEST(FolderCache, ClearDisposeMenuReleasesEveryIconButTheLast) {
     QObject owner; // the items outlive the menu so that their icons can be seen
     const QIcon icon = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
