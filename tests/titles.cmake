@@ -22,3 +22,14 @@ foreach(name handlers window)
         SOURCES widget/titles_drop_${name}_test.cpp widget/titles_fixture.h
         LIBS kestrel_gui kestrel_doubles)
 endforeach()
+
+# A real drag from another program onto the running program's title.
+add_executable(titles_drop_source e2e/titles_drop_source.cpp)
+target_link_libraries(titles_drop_source PRIVATE kestrel_settings Qt6::Widgets)
+
+kestrel_add_test(NAME titles_drop_desktop_test TIER e2e TIMEOUT 240
+    SOURCES e2e/titles_drop_desktop_test.cpp LIBS Qt6::Gui)
+target_compile_definitions(titles_drop_desktop_test PRIVATE
+    KESTREL_PROGRAM="$<TARGET_FILE:kestrel-menu>"
+    KESTREL_DROP_SOURCE="$<TARGET_FILE:titles_drop_source>")
+add_dependencies(titles_drop_desktop_test kestrel-menu titles_drop_source)
