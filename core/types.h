@@ -47,6 +47,7 @@ enum : OSErr {
     errAEEventNotHandled = -1708,
     errFSNoMoreItems = -1417,
     dragNotAcceptedErr = -1857,
+    kLSApplicationNotFoundErr = -10814,
     afpAccessDenied = -5000,
 };
 

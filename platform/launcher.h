@@ -10,9 +10,6 @@
 
 #include <cstdint>
 
-// No application can open the item.
-inline constexpr OSErr kLSApplicationNotFoundErr = -10814;
-
 namespace platform {
 
 class Launcher {

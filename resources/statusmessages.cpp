@@ -94,6 +94,12 @@ constexpr StatusMessage kProgramStatuses[] = {
                        "The file manager in use has no window for item properties.")},
     {errFSNoMoreItems, QT_TRANSLATE_NOOP("StatusMessages", "There are no more items."),
      QT_TRANSLATE_NOOP("StatusMessages", "The end of the folder was reached.")},
+    {kLSApplicationNotFoundErr,
+     QT_TRANSLATE_NOOP("StatusMessages", "No application can open this item."),
+     QT_TRANSLATE_NOOP("StatusMessages",
+                       "Install an application for this kind of file, or choose one as its "
+                       "default in your desktop's settings. Programs that run in a terminal are "
+                       "not picked on their own.")},
     {dragNotAcceptedErr, QT_TRANSLATE_NOOP("StatusMessages", "The items cannot be dropped here."),
      QT_TRANSLATE_NOOP("StatusMessages",
                        "Only files and folders on this computer can be dropped on a title.")},

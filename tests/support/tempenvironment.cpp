@@ -5,10 +5,28 @@
 #include <QFileInfo>
 #include <gtest/gtest.h>
 
+#include <ftw.h>
+#include <unistd.h>
+
 namespace {
+
+// Removes a tree byte for byte: names that are not UTF-8 defeat QDir, not this.
+void RemoveTree(const QByteArray &root) {
+    ::nftw(
+        root.constData(),
+        [](const char *path, const struct stat *, int type, struct FTW *) {
+            if (type == FTW_DP)
+                ::rmdir(path);
+            else
+                ::unlink(path);
+            return 0;
+        },
+        16, FTW_DEPTH | FTW_PHYS);
+}
+
 constexpr const char *kVariables[] = {"HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS",
                                       "XDG_RUNTIME_DIR", "XDG_DATA_HOME"};
-}
+} // namespace
 
 TempEnvironment::TempEnvironment() {
     EXPECT_TRUE(dir_.isValid());
@@ -30,6 +48,7 @@ TempEnvironment::TempEnvironment() {
 }
 
 TempEnvironment::~TempEnvironment() {
+    RemoveTree(root());
     for (auto it = saved_.cbegin(); it != saved_.cend(); ++it) {
         if (it.value())
             qputenv(it.key().constData(), *it.value());

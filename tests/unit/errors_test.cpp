@@ -137,8 +137,9 @@ TEST(ErrnoMapping, EveryMappedStatusHasItsOwnMessage) {
         const ErrorAlertTexts texts = MakeErrorAlertTexts(OSErrFromErrno(error));
         EXPECT_NE(texts.message, FallbackErrorText()) << "errno " << error;
     }
-    for (OSErr status : {memFullErr, procNotFound, connectionInvalid, errAEEventNotHandled,
-                         dragNotAcceptedErr, eofErr, posErr, paramErr, resNotFound})
+    for (OSErr status :
+         {memFullErr, procNotFound, connectionInvalid, errAEEventNotHandled, dragNotAcceptedErr,
+          kLSApplicationNotFoundErr, eofErr, posErr, paramErr, resNotFound})
         EXPECT_NE(MakeErrorAlertTexts(status).message, FallbackErrorText()) << status;
 }
 
