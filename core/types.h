@@ -46,6 +46,7 @@ enum : OSErr {
     connectionInvalid = -609,
     errAEEventNotHandled = -1708,
     errFSNoMoreItems = -1417,
+    badDragFlavorErr = -1852,
     dragNotAcceptedErr = -1857,
     kLSApplicationNotFoundErr = -10814,
     afpAccessDenied = -5000,

@@ -100,6 +100,9 @@ constexpr StatusMessage kProgramStatuses[] = {
                        "Install an application for this kind of file, or choose one as its "
                        "default in your desktop's settings. Programs that run in a terminal are "
                        "not picked on their own.")},
+    {badDragFlavorErr, QT_TRANSLATE_NOOP("StatusMessages", "A dropped item is not a file."),
+     QT_TRANSLATE_NOOP("StatusMessages",
+                       "Only files and folders on this computer can become menu items.")},
     {dragNotAcceptedErr, QT_TRANSLATE_NOOP("StatusMessages", "The items cannot be dropped here."),
      QT_TRANSLATE_NOOP("StatusMessages",
                        "Only files and folders on this computer can be dropped on a title.")},

@@ -43,9 +43,6 @@ inline constexpr OSType kDragFlavorTypeURL = FourCC("url ");
 // A data format the drag offers other than a URI list; the data is the format's name.
 inline constexpr OSType kDragFlavorTypeMIME = FourCC("mime");
 
-// An item without the asked-for flavour.
-inline constexpr OSErr badDragFlavorErr = -1852;
-
 // Where the drag stands as far as one title window is concerned.
 enum DragTrackingMessage : std::int16_t {
     kDragTrackingEnterHandler = 1,
