@@ -1,6 +1,7 @@
 // How long a title's root menu takes to build and show, next to what cannot be
 // avoided: reading the folder (readdir + lstat) and showing a bare menu of as
 // many fixed texts. Runs on a real X server (scripts/bench.sh starts one).
+#include "core/folders.h"
 #include "foldermenus/buildsubmenu.h"
 #include "foldermenus/foldercache.h"
 #include "foldermenus/folderentries.h"
@@ -17,12 +18,14 @@
 #include <QMenu>
 #include <QTemporaryDir>
 #include <QWindow>
+#include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
 #include <functional>
+#include <map>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -125,20 +128,6 @@ void FolderMenu(const QByteArray &folder) {
     DestroyFolderCachedMenu(&title);
 }
 
-// Icon lookups per entry: from an empty cache (every type asks the theme once
-// within the folder), and with the cache as the running program keeps it.
-double IconMicrosPerEntry(const QByteArray &folder, bool cold) {
-    const FolderListing listing = ReadFolderEntries(folder, 0);
-    return MedianMs(5,
-                    [&] {
-                        if (cold)
-                            ClearFolderIconCache();
-                        for (const FolderEntry &entry : listing.entries)
-                            FolderEntryIcon(entry);
-                    }) *
-           1000.0 / double(std::max<std::size_t>(1, listing.entries.size()));
-}
-
 // Opening a submenu (again and again: each opening empties and refills it) whose
 // folder is `inner`, reached through a link in a folder of its own.
 double SubmenuOpenMs(const QByteArray &root, const QByteArray &inner, int runs) {
@@ -165,6 +154,93 @@ double SubmenuOpenMs(const QByteArray &root, const QByteArray &inner, int runs) 
     return ms;
 }
 
+// The generated folders, made once per size for the whole run.
+QByteArray Folder(int count) {
+    static QTemporaryDir root;
+    static std::map<int, QByteArray> made;
+    auto found = made.find(count);
+    if (found == made.end())
+        found = made.emplace(count, MakeFolder(QFile::encodeName(root.path()), count)).first;
+    return found->second;
+}
+
+QByteArray Root() {
+    return ParentPath(Folder(10));
+}
+
+// Building and showing a title's root menu, next to its two floors: reading the
+// folder and showing a bare menu of as many texts. The three take turns, so that
+// a busy moment of the machine falls on all of them alike; the counters are
+// medians, the ratio is the menu over the floors' sum.
+void BM_RootMenu(benchmark::State &state) {
+    const int count = int(state.range(0));
+    const QByteArray folder = Folder(count);
+    std::vector<double> reads, bares, menus;
+    for (auto _ : state) {
+        reads.push_back(TimeMs([&] { ReadFloor(folder); }));
+        bares.push_back(TimeMs([&] { BareMenuFloor(count); }));
+        menus.push_back(TimeMs([&] { FolderMenu(folder); }));
+        state.SetIterationTime(menus.back() / 1000.0);
+    }
+    const double read = Median(reads);
+    const double bare = Median(bares);
+    const double menu = Median(menus);
+    state.counters["read_ms"] = read;
+    state.counters["bare_menu_ms"] = bare;
+    state.counters["floors_ms"] = read + bare;
+    state.counters["menu_ms"] = menu;
+    state.counters["ratio"] = menu / (read + bare);
+}
+BENCHMARK(BM_RootMenu)->Arg(100)->Iterations(21)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RootMenu)->Arg(1000)->Iterations(21)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RootMenu)->Arg(10000)->Iterations(7)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RootMenu)->Arg(50000)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// Icon lookups per entry, from an empty cache (every type asks the theme once
+// within the folder: argument 1) and with the cache as the running program keeps
+// it (argument 0).
+void BM_MenuIcons(benchmark::State &state) {
+    const FolderListing listing = ReadFolderEntries(Folder(int(state.range(0))), 0);
+    const bool cold = state.range(1) != 0;
+    double total = 0;
+    for (auto _ : state) {
+        if (cold)
+            ClearFolderIconCache();
+        const double ms = TimeMs([&] {
+            for (const FolderEntry &entry : listing.entries)
+                benchmark::DoNotOptimize(FolderEntryIcon(entry));
+        });
+        total += ms;
+        state.SetIterationTime(ms / 1000.0);
+    }
+    state.counters["us_per_entry"] =
+        total * 1000.0 /
+        (double(std::max<std::size_t>(1, listing.entries.size())) * double(state.iterations()));
+}
+BENCHMARK(BM_MenuIcons)
+    ->ArgsProduct({{100, 1000, 10000, 50000}, {1, 0}})
+    ->ArgNames({"entries", "cold"})
+    ->Iterations(5)
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond);
+
+// Opening a submenu (again: each opening empties and refills it).
+void BM_SubmenuOpen(benchmark::State &state) {
+    const QByteArray inner = Folder(int(state.range(0)));
+    std::vector<double> times;
+    for (auto _ : state) {
+        times.push_back(SubmenuOpenMs(Root(), inner, 1));
+        state.SetIterationTime(times.back() / 1000.0);
+    }
+    state.counters["open_ms"] = Median(times);
+}
+BENCHMARK(BM_SubmenuOpen)->Arg(100)->Iterations(9)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SubmenuOpen)
+    ->Arg(10000)
+    ->Iterations(3)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -173,45 +249,11 @@ int main(int argc, char **argv) {
     if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
         QIcon::setThemeName(QStringLiteral("Adwaita")); // a full theme, as a desktop has
     generalSettings = kDefaultGeneralSettings;
-    QTemporaryDir root;
-    const QByteArray rootPath = QFile::encodeName(root.path());
-
-    std::printf("Folder menus on %s, icon theme %s\n", qPrintable(QApplication::platformName()),
-                qPrintable(QIcon::themeName()));
-    std::printf("%8s %12s %12s %12s %12s %8s %12s %12s\n", "entries", "read ms", "bare menu ms",
-                "floors ms", "menu ms", "ratio", "icon us cold", "icon us warm");
-    bool met = true;
-    FolderMenu(MakeFolder(rootPath, 10)); // first use: theme, MIME database, fonts
-    for (const int count : {100, 1000, 10000, 50000}) {
-        const QByteArray folder = MakeFolder(rootPath, count);
-        // The three take turns, so that a busy moment of the machine falls on
-        // all of them alike; each figure is the median of its runs.
-        const int runs = count >= 50000 ? 3 : count >= 10000 ? 7 : 21;
-        std::vector<double> reads, bares, menus;
-        for (int run = 0; run < runs; ++run) {
-            reads.push_back(TimeMs([&] { ReadFloor(folder); }));
-            bares.push_back(TimeMs([&] { BareMenuFloor(count); }));
-            menus.push_back(TimeMs([&] { FolderMenu(folder); }));
-        }
-        const double read = Median(reads);
-        const double bare = Median(bares);
-        const double menu = Median(menus);
-        const double coldIcons = IconMicrosPerEntry(folder, true);
-        const double warmIcons = IconMicrosPerEntry(folder, false);
-        const double ratio = menu / (read + bare);
-        met = met && ratio <= 1.3;
-        std::printf("%8d %12.2f %12.2f %12.2f %12.2f %8.2f %12.3f %12.3f\n", count, read, bare,
-                    read + bare, menu, ratio, coldIcons, warmIcons);
-        std::fflush(stdout);
-    }
-    const QByteArray hundred = rootPath + "/hundred";
-    mkdir(hundred.constData(), 0755);
-    for (int i = 0; i < 100; ++i)
-        Touch(hundred + "/Entry " + QByteArray::number(i) + kSuffixes[i % std::size(kSuffixes)]);
-    std::printf("submenu of 100 entries opens in %.2f ms (target 16 ms)\n",
-                SubmenuOpenMs(rootPath, hundred, 9));
-    std::printf("submenu of 10000 entries opens again in %.2f ms\n",
-                SubmenuOpenMs(rootPath, rootPath + "/folder-10000", 3));
-    std::printf("root menu within 1.3x the floors at every size: %s\n", met ? "yes" : "NO");
+    benchmark::AddCustomContext("platform", QApplication::platformName().toStdString());
+    benchmark::AddCustomContext("icon theme", QIcon::themeName().toStdString());
+    FolderMenu(Folder(10)); // first use: theme, MIME database, fonts
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
     return 0;
 }

@@ -14,7 +14,7 @@ packages=(
     hicolor-icon-theme adwaita-icon-theme
     xvfb xauth openbox dbus-daemon
     # tests and screenshots
-    xdotool x11-utils imagemagick desktop-file-utils dpkg-dev shared-mime-info
+    xdotool x11-utils imagemagick desktop-file-utils dpkg-dev python3 shared-mime-info
 )
 
 missing=()
