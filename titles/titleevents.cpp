@@ -2,6 +2,7 @@
 
 #include "core/settings.h"
 #include "finder/applications.h"
+#include "foldermenus/clickfoldermenu.h"
 #include "platform/frontwindow.h"
 #include "platform/pointer.h"
 #include "platform/service.h"
@@ -17,7 +18,9 @@
 Q_LOGGING_CATEGORY(lcTitles, "kestrel.titles", QtWarningMsg)
 
 bool classicFrontHideFlag = false;
-FolderMenuClick clickFolderMenu = nullptr;
+FolderMenuClick clickFolderMenu = [](QPoint where, ReadyMenu *title, bool suppressOpen) {
+    ClickFolderMenu(where, title, suppressOpen); // its status has been reported where it arose
+};
 
 namespace {
 

@@ -26,8 +26,8 @@ struct TitleEvent {
 extern bool classicFrontHideFlag;
 
 // Pops up a folder title's menu at `where`, tracks it and acts on the choice;
-// returns when the menu has closed. The folder menus install it; while none is
-// installed a click only highlights the title.
+// returns when the menu has closed: ClickFolderMenu unless something else is
+// put in its place; while it is null a click only highlights the title.
 using FolderMenuClick = void (*)(QPoint where, ReadyMenu *title, bool suppressOpen);
 extern FolderMenuClick clickFolderMenu;
 

@@ -1,0 +1,170 @@
+#include "foldermenus/clickfoldermenu.h"
+
+#include "core/eventloop.h"
+#include "dialogs/aboutbox.h"
+#include "dialogs/preferencesdialog.h"
+#include "finder/alias.h"
+#include "finder/choosers.h"
+#include "finder/finderevents.h"
+#include "foldermenus/buildsubmenu.h"
+#include "foldermenus/foldercache.h"
+#include "foldermenus/menuchoice.h"
+#include "platform/pointer.h"
+#include "platform/service.h"
+#include "resources/menus.h"
+#include "titles/readymenu.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QMenu>
+
+Q_DECLARE_LOGGING_CATEGORY(lcMenuChoice)
+
+namespace {
+
+// The menu an item stands in: a depth menu or a command menu.
+QMenu *MenuOfItem(const QAction *item) {
+    if (item == nullptr)
+        return nullptr;
+    for (QObject *object : item->associatedObjects()) {
+        if (auto *menu = qobject_cast<QMenu *>(object))
+            return menu;
+    }
+    return nullptr;
+}
+
+// Ctrl wins over Shift; Alt, Super and Caps Lock change nothing.
+FinderAction FolderItemAction(std::uint16_t modifiers) {
+    if ((modifiers & cmdKey) != 0)
+        return kFinderReveal;
+    if ((modifiers & shiftKey) != 0)
+        return kFinderGetInfo;
+    return kFinderOpen;
+}
+
+// Menus of a click left up by a failed request are taken down by the next
+// click; the last ones go when the program ends.
+void TearDownDepthMenusAtExit() {
+    static const bool registered = [] {
+        qAddPostRoutine(TearDownDepthMenus);
+        return true;
+    }();
+    Q_UNUSED(registered);
+}
+
+void OpenMenuFolder(ReadyMenu *readyMenu) {
+    // Both report on their own; a missing file manager is reported twice.
+    BringFinderToFront();
+    DoFinderFile(kFinderOpen, &readyMenu->menuSpec->folder, nullptr);
+}
+
+void AddItemToMenuFolder(ReadyMenu *readyMenu) {
+    ProcessSerialNumber psn;
+    bool isAlternateFinder = false;
+    if (GetFinderProcess(&psn, &isAlternateFinder) != noErr)
+        return;
+    // The folder application knows no chooser of ours: the folder opens
+    // instead, and the user puts the item there.
+    if (isAlternateFinder) {
+        OpenMenuFolder(readyMenu);
+        return;
+    }
+    FSSpec object;
+    if (!SelectAnObject(&object))
+        return;
+    const FSSpec &folder = readyMenu->menuSpec->folder;
+    if (const OSErr err = CreateAlias(&object, &folder); err != noErr)
+        qCWarning(lcMenuChoice, "could not link %s into %s (error %d)",
+                  qPrintable(QFile::decodeName(object.path)),
+                  qPrintable(QFile::decodeName(folder.path)), int(err));
+    DestroyFolderCachedMenu(readyMenu);
+}
+
+void ChooseAnotherFolder(ReadyMenu *readyMenu) {
+    MenuSpec *spec = readyMenu->menuSpec;
+    const QByteArray before = spec->folder.path;
+    if (!SelectNewFolder(&spec->folder))
+        return;
+    // The carried alias record names the old folder: it must not travel on
+    // with the new one.
+    if (spec->folder.path != before)
+        spec->folderAlias.clear();
+    DestroyFolderCachedMenu(readyMenu);
+}
+
+} // namespace
+
+OSStatus ClickFolderMenu(QPoint where, ReadyMenu *readyMenu, bool suppressOpen) {
+    if (readyMenu->cachedMenu == nullptr)
+        InitializeFolderCachedMenu(readyMenu);
+    QMenu *rootMenu = readyMenu->cachedMenu;
+    SetUpDepthMenus(rootMenu);
+    TearDownDepthMenusAtExit();
+
+    QPointer<QAction> chosen;
+    {
+        MenuChoiceWatch watch;
+        chosen = rootMenu->exec(where);
+        // A folder item chosen as such, or an item chosen with Space.
+        if (watch.MenuChoice() != nullptr)
+            chosen = watch.MenuChoice();
+    }
+    // Read once the menu has closed: the keys held as the choice was made.
+    const std::uint16_t modifiers = platform::service<platform::Pointer>().query().modifiers;
+
+    const QMenu *menu = MenuOfItem(chosen);
+    const MenuID id = GetMenuID(menu);
+    const auto item = std::uint16_t(menu != nullptr ? menu->actions().indexOf(chosen) + 1 : 0);
+    qCDebug(lcMenuChoice, "menu closed: menu %d item %d chosen, modifiers 0x%04x", int(id),
+            int(item), unsigned(modifiers));
+
+    if (std::uint16_t(id - kFirstDepthMenuID) < kDepthMenuCount) {
+        // The empty folder's item, and a root menu's own items, name nothing.
+        const QByteArray path = FolderItemPath(chosen);
+        if (!suppressOpen && !path.isEmpty()) {
+            const FSSpec file{path};
+            // A failed request leaves the menus of this click standing until
+            // the next click sets up its own.
+            if (const OSErr err = DoFinderFile(FolderItemAction(modifiers), &file, nullptr);
+                err != noErr)
+                return err;
+        }
+    } else if (id == kApplicationCommandsMenuID) {
+        SelectKestrelMenuItem(item);
+    } else if (id == kFolderCommandsMenuID) {
+        SelectFolderCommandsMenuItem(readyMenu, item);
+    }
+
+    TearDownDepthMenus();
+    return noErr;
+}
+
+void SelectKestrelMenuItem(std::uint16_t item) {
+    const QMenu *menu = ApplicationCommandsMenu();
+    const auto last =
+        std::uint16_t(menu != nullptr ? menu->actions().size() : qsizetype(kQuitItem));
+    if (item == kAboutItem)
+        ShowAboutDialog();
+    else if (item == kPreferencesItem)
+        ShowPreferencesDialog();
+    else if (item != 0 && item == last)
+        QuitApplicationEventLoop();
+}
+
+void SelectFolderCommandsMenuItem(ReadyMenu *readyMenu, std::uint16_t item) {
+    switch (item) {
+    case kAddItemItem:
+        AddItemToMenuFolder(readyMenu);
+        break;
+    case kOpenFolderItem:
+        OpenMenuFolder(readyMenu);
+        break;
+    case kChooseFolderItem:
+        ChooseAnotherFolder(readyMenu);
+        break;
+    default:
+        break;
+    }
+}
