@@ -128,8 +128,10 @@ OSStatus ClickFolderMenu(QPoint where, ReadyMenu *readyMenu, bool suppressOpen) 
             // A failed request leaves the menus of this click standing until
             // the next click sets up its own.
             if (const OSErr err = DoFinderFile(FolderItemAction(modifiers), &file, nullptr);
-                err != noErr)
+                err != noErr) {
+                qCDebug(lcMenuChoice, "click ended: error %d", int(err));
                 return err;
+            }
         }
     } else if (id == kApplicationCommandsMenuID) {
         SelectKestrelMenuItem(item);
@@ -138,6 +140,7 @@ OSStatus ClickFolderMenu(QPoint where, ReadyMenu *readyMenu, bool suppressOpen) 
     }
 
     TearDownDepthMenus();
+    qCDebug(lcMenuChoice, "click ended");
     return noErr;
 }
 
