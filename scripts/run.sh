@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs Kestrel Menu. On a desktop ($DISPLAY works) it simply starts there. With
 # no display it starts a private Xvfb, openbox and session bus, runs the program
-# on them, saves screenshots, and stops everything it started on Ctrl-C.
+# on them, saves screenshots (the top-left of the screen, and the title's menu
+# opened with a submenu), and stops everything it started on Ctrl-C.
 set -uo pipefail
 
 program=${1:?usage: run.sh PROGRAM [SCREENSHOT-FOLDER]}
@@ -49,5 +50,15 @@ sleep 2
 if kill -0 "$app" 2>/dev/null; then
     import -window root -crop 320x120+0+0 +repage "$shots/top-left.png" 2>/dev/null &&
         echo "Screenshot of the top-left of the screen: $(realpath "$shots/top-left.png")"
+    # The title's menu with the submenu of its first folder open, then closed again.
+    if command -v xdotool >/dev/null; then
+        xdotool mousemove 20 10 click 1
+        sleep 1
+        xdotool key Down Right
+        sleep 1
+        import -window root -crop 800x500+0+0 +repage "$shots/menu.png" 2>/dev/null &&
+            echo "Screenshot of an open menu and submenu: $(realpath "$shots/menu.png")"
+        xdotool key Escape Escape
+    fi
 fi
 wait "$app"
