@@ -321,4 +321,63 @@ TEST_F(ClickDesktopTest, WhileThePreferencesDialogIsOpenTheTitleOpensNoMenu) {
     EXPECT_TRUE(Requests().isEmpty());
 }
 
+// Files dragged from another program onto the title: the next click shows
+// the links made for them, though the menu had been built before.
+TEST_F(ClickDesktopTest, AfterADropTheNextClickShowsTheNewLinks) {
+    ClickTitle();
+    Keys({"Escape"});
+    QStringList uris;
+    for (const char *name : {"quince.txt", "xylophone one.txt", "walnut.txt"}) {
+        const QByteArray path = env.root() + "/dragged/" + name;
+        WriteFile(path, "dragged\n");
+        uris.append(QString::fromLatin1("file://" + path.toPercentEncoding("/")));
+    }
+    QProcess *source = session.start(QStringLiteral(KESTREL_DROP_SOURCE),
+                                     QStringList{QStringLiteral("files")} + uris, environment);
+    ASSERT_TRUE(WaitFor([&] { return source->canReadLine(); }));
+    const QString sourceWindow = QString::fromLatin1(source->readLine().trimmed());
+    ASSERT_TRUE(WaitFor([&] {
+        return session.run(QStringLiteral("xwininfo"), {QStringLiteral("-id"), sourceWindow})
+            .contains("IsViewable");
+    }));
+
+    // Pressed on the source, moved in steps to the title, let go there.
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("--sync"), QStringLiteral("--window"),
+             sourceWindow, QStringLiteral("100"), QStringLiteral("60")});
+    WaitFor([] { return false; }, 200);
+    Xdotool("mousedown 1");
+    const QStringList location = QString::fromLatin1(xdotool({QStringLiteral("getmouselocation")}))
+                                     .split(u' ', Qt::SkipEmptyParts);
+    const int startX = location.value(0).section(u':', 1).toInt();
+    const int startY = location.value(1).section(u':', 1).toInt();
+    for (int step = 1; step <= 20; ++step) {
+        xdotool({QStringLiteral("mousemove"), QString::number(startX + (20 - startX) * step / 20),
+                 QString::number(startY + (10 - startY) * step / 20)});
+        WaitFor([] { return false; }, 40);
+    }
+    for (int x : {21, 22, 20}) {
+        xdotool({QStringLiteral("mousemove"), QString::number(x), QStringLiteral("10")});
+        WaitFor([] { return false; }, 60);
+    }
+    WaitFor([] { return false; }, 400);
+    Xdotool("mouseup 1");
+    ASSERT_TRUE(WaitFor([&] { return source->canReadLine(); }));
+    EXPECT_EQ(source->readLine().trimmed(), "dropped link") << log().constData();
+    ASSERT_TRUE(WaitFor([&] {
+        return QFile::exists(QFile::decodeName(menuFolder() + "/walnut.txt"));
+    })) << log().constData();
+
+    ClickTitle();
+    Keys({"x"});
+    ChooseWith({QStringLiteral("ctrl")});
+    ClickTitle();
+    Keys({"q"});
+    ChooseWith({QStringLiteral("shift")});
+    EXPECT_EQ(WaitForRequests(2),
+              (QList<Request>{
+                  {QStringLiteral("ShowItems"), {env.root() + "/dragged/xylophone one.txt"}},
+                  {QStringLiteral("ShowItemProperties"), {env.root() + "/dragged/quince.txt"}}}))
+        << log().constData();
+}
+
 } // namespace
