@@ -49,6 +49,14 @@ QTimer &RetiredMenuTimer() {
     return *timer;
 }
 
+// The program ends with nothing in use: whatever still waits is freed.
+void FreeRetiredMenusAtExit() {
+    std::vector<QPointer<QMenu>> retired;
+    retired.swap(retiredMenus);
+    for (const QPointer<QMenu> &menu : retired)
+        delete menu.data();
+}
+
 void DisposeMenu(QMenu *menu) {
     if (menu == nullptr)
         return;
@@ -56,6 +64,11 @@ void DisposeMenu(QMenu *menu) {
         delete menu;
         return;
     }
+    static const bool freedAtExit = [] {
+        qAddPostRoutine(FreeRetiredMenusAtExit);
+        return true;
+    }();
+    Q_UNUSED(freedAtExit);
     retiredMenus.emplace_back(menu);
     RetiredMenuTimer().start();
 }

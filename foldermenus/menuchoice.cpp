@@ -44,15 +44,20 @@ QString ShownText(const QAction *item) {
     return shown;
 }
 
-// The visible menu of a click under the global point, the newest first
-// (a submenu may overlap the menu it came from).
+// The visible menu of a click under the global point. The newest menu comes
+// first: a submenu pushed back by the screen's edge may overlap the menu it
+// came from.
 QMenu *ClickMenuAt(QPoint global) {
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (auto window = windows.crbegin(); window != windows.crend(); ++window) {
-        auto *menu = qobject_cast<QMenu *>(*window);
-        if (menu != nullptr && menu->isVisible() && IsClickMenu(menu) &&
-            menu->geometry().contains(global))
-            return menu;
+    const auto under = [global](const QWidget *widget) {
+        const auto *menu = qobject_cast<const QMenu *>(widget);
+        return menu != nullptr && menu->isVisible() && IsClickMenu(menu) &&
+               menu->geometry().contains(global);
+    };
+    if (QWidget *newest = QApplication::activePopupWidget(); under(newest))
+        return static_cast<QMenu *>(newest);
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (under(window))
+            return static_cast<QMenu *>(window);
     }
     return nullptr;
 }

@@ -281,7 +281,7 @@ TEST_F(ClickDesktopTest, AnotherFolderAndAnAddedItemAreChosenInTheFileDialogs) {
         << log().constData();
 
     // The new folder is what the settings keep.
-    EXPECT_EQ(DesktopSession::stop(program), 0);
+    EXPECT_EQ(DesktopSession::stop(program), 0) << log().right(20000).constData();
     program = nullptr;
     EXPECT_TRUE(ReadFile(env.configHome() + "/Kestrel Menu Preferences").contains(other));
 }

@@ -77,12 +77,10 @@ QAction *ItemNamed(const QMenu *menu, const QString &text) {
     return nullptr;
 }
 
-// Where the item with `text` stands on the screen, in the newest open menu
-// that shows it.
+// Where the item with `text` stands on the screen, in an open menu showing it.
 std::optional<QPoint> WhereIs(const QString &text) {
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (auto window = windows.crbegin(); window != windows.crend(); ++window) {
-        auto *menu = qobject_cast<QMenu *>(*window);
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        auto *menu = qobject_cast<QMenu *>(window);
         if (menu == nullptr || !menu->isVisible())
             continue;
         if (QAction *item = ItemNamed(menu, text))
