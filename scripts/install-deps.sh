@@ -17,6 +17,10 @@ packages=(
     xdotool x11-utils imagemagick desktop-file-utils dpkg-dev python3 shared-mime-info
 )
 
+# The demo on a virtual display (make run without a display) also shows what a
+# choice does, in a real file manager.
+[ "${1:-}" = demo ] && packages=(thunar)
+
 missing=()
 for package in "${packages[@]}"; do
     if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed'; then

@@ -15,6 +15,7 @@ check bin/kestrel-menu
 check share/applications/kestrel-menu.desktop
 check share/icons/hicolor/scalable/apps/kestrel-menu.svg
 check share/doc/kestrel-menu/guide.html
+check share/doc/kestrel-menu/images/menu.png
 [ -x "$root/bin/kestrel-menu" ] || { echo "the program is not executable"; fail=1; }
 guide=$(cd "$root/bin/../share/doc/kestrel-menu" 2>/dev/null && pwd)/guide.html
 [ -f "$guide" ] || { echo "the guide is not beside the program"; fail=1; }
