@@ -11,7 +11,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     clang libclang-rt-14-dev
     # run: icon themes, the virtual display, a window manager, a session bus
-    hicolor-icon-theme adwaita-icon-theme
+    hicolor-icon-theme adwaita-icon-theme fonts-dejavu-core
     xvfb xauth openbox dbus-daemon
     # tests and screenshots
     xdotool x11-utils imagemagick desktop-file-utils dpkg-dev python3 shared-mime-info
