@@ -43,12 +43,39 @@ std::uint16_t ModifiersFromQt(Qt::KeyboardModifiers keys) {
 
 } // namespace
 
+struct XcbPointer::Connection {
+    xcb_connection_t *connection = nullptr;
+    xcb_window_t root = 0;
+};
+
+XcbPointer::XcbPointer() {
+    // Only where Qt itself talks to an X server; elsewhere Qt's own view serves.
+    if (x11::Connection() == nullptr)
+        return;
+    int screen = 0;
+    xcb_connection_t *connection = xcb_connect(nullptr, &screen);
+    if (xcb_connection_has_error(connection) != 0) {
+        xcb_disconnect(connection);
+        return;
+    }
+    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    for (int i = 0; i < screen && screens.rem > 0; ++i)
+        xcb_screen_next(&screens);
+    connection_ = new Connection{connection, screens.rem > 0 ? screens.data->root : 0};
+}
+
+XcbPointer::~XcbPointer() {
+    if (connection_ != nullptr)
+        xcb_disconnect(connection_->connection);
+    delete connection_;
+}
+
 PointerState XcbPointer::query() {
     PointerState state;
-    xcb_connection_t *connection = x11::Connection();
     xcb_query_pointer_reply_t *reply =
-        connection != nullptr
-            ? xcb_query_pointer_reply(connection, xcb_query_pointer(connection, x11::RootWindow()),
+        connection_ != nullptr
+            ? xcb_query_pointer_reply(connection_->connection,
+                                      xcb_query_pointer(connection_->connection, connection_->root),
                                       nullptr)
             : nullptr;
     if (reply == nullptr) {
