@@ -1,5 +1,6 @@
 // The whole program under a private desktop: start-up, quitting, a second
-// copy, a damaged preferences file and mount events.
+// copy and mount events. (A damaged preferences file is part of the whole-life
+// test.)
 #include "tests/support/desktopsession.h"
 #include "tests/support/tempenvironment.h"
 
@@ -104,36 +105,6 @@ TEST_F(LifecycleTest, ASecondCopyLeavesAtOnceAndTouchesNothing) {
 
     EXPECT_EQ(DesktopSession::stop(first), 0);
     EXPECT_TRUE(QFileInfo::exists(QFile::decodeName(prefsFile())));
-}
-
-TEST_F(LifecycleTest, ADamagedPreferencesFileStopsTheStartWithAnAlertAndIsKept) {
-    // "apse" announces 12 bytes; the file ends after 3 of them.
-    const QByteArray damaged = QByteArray("apse\0\0\0\x0crbo", 11);
-    WriteFile(prefsFile(), damaged);
-    QProcess *program = startProgram();
-
-    // The alert shows and takes the keyboard.
-    const bool alertShown = WaitFor([&] {
-        const QList<QByteArray> named =
-            session
-                .run(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--name"),
-                                                 QStringLiteral("^Kestrel Menu$")})
-                .trimmed()
-                .split('\n');
-        const QByteArray active =
-            session.run(QStringLiteral("xdotool"), {QStringLiteral("getactivewindow")}).trimmed();
-        return !active.isEmpty() && named.contains(active);
-    });
-    ASSERT_TRUE(alertShown);
-    log_ += program->readAllStandardError();
-    EXPECT_FALSE(log_.contains("running")) << "the program must not start its event loop";
-
-    // Dismissing the alert ends the program without touching the file.
-    session.run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("Return")});
-    ASSERT_TRUE(program->waitForFinished(10000));
-    EXPECT_EQ(program->exitCode(), 0);
-    EXPECT_EQ(ReadFile(prefsFile()), damaged);
-    EXPECT_FALSE(QFileInfo::exists(QFile::decodeName(menuFolder())));
 }
 
 TEST_F(LifecycleTest, AMountAndAnUnmountReachTheRunningProgram) {
