@@ -8,7 +8,7 @@
 
 namespace platform {
 
-class FakeAlerts final : public Alerts {
+class FakeAlerts : public Alerts {
 public:
     struct Shown {
         QString context, number, message, explanation;

@@ -7,7 +7,7 @@
 
 namespace platform {
 
-class FakeFileManager final : public FileManager {
+class FakeFileManager : public FileManager {
 public:
     struct Request {
         QByteArray what; // "ShowFolders", "ShowItems", "ShowItemProperties",

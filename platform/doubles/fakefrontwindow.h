@@ -7,7 +7,7 @@
 
 namespace platform {
 
-class FakeFrontWindow final : public FrontWindow {
+class FakeFrontWindow : public FrontWindow {
 public:
     ProcessSerialNumber frontProcess() override { return front; }
     bool setFrontProcess(const ProcessSerialNumber &process) override {

@@ -7,7 +7,7 @@
 
 namespace platform {
 
-class FakeLauncher final : public Launcher {
+class FakeLauncher : public Launcher {
 public:
     struct Launch {
         QByteArray what; // "Default", "Url", "Entry", "Program"

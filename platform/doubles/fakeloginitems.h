@@ -7,7 +7,7 @@
 
 namespace platform {
 
-class FakeLoginItems final : public LoginItems {
+class FakeLoginItems : public LoginItems {
 public:
     QList<LoginItem> items(LoginItemsScope scope) override;
     bool remove(LoginItemsScope scope, const QString &entryName) override;

@@ -5,7 +5,7 @@
 
 namespace platform {
 
-class FakePointer final : public Pointer {
+class FakePointer : public Pointer {
 public:
     PointerState query() override {
         ++queries;

@@ -5,7 +5,7 @@
 
 namespace platform {
 
-class FakeProcesses final : public Processes {
+class FakeProcesses : public Processes {
 public:
     QList<RunningProcess> running() override { return table; }
     QList<RunningProcess> table;

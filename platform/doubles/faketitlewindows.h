@@ -7,7 +7,7 @@
 
 namespace platform {
 
-class FakeTitleWindows final : public TitleWindows {
+class FakeTitleWindows : public TitleWindows {
 public:
     bool compositingManagerRunning() override { return compositing; }
     void keepAbove(QWidget *window) override { keptAbove.append(window); }

@@ -10,6 +10,7 @@
 #include "platform/giolauncher.h"
 #include "platform/service.h"
 #include "tests/support/desktopsession.h"
+#include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 
 #include <gtest/gtest.h>
@@ -203,14 +204,10 @@ protected:
     QList<QByteArray> made;
     inline static int connections = 0;
 
-    platform::FakeLauncher launcher;
-    platform::FakeFrontWindow front;
-    platform::FakeAlerts alerts;
-    platform::FakeProcesses processes;
-    platform::ScopedService<platform::Launcher> launcherGuard{&launcher};
-    platform::ScopedService<platform::FrontWindow> frontGuard{&front};
-    platform::ScopedService<platform::Alerts> alertsGuard{&alerts};
-    platform::ScopedService<platform::Processes> processesGuard{&processes};
+    Installed<platform::FakeLauncher, platform::Launcher> launcher;
+    Installed<platform::FakeFrontWindow, platform::FrontWindow> front;
+    Installed<platform::FakeAlerts, platform::Alerts> alerts;
+    Installed<platform::FakeProcesses, platform::Processes> processes;
 };
 
 TEST_F(FileManagerSession, OpenRevealAndGetInfoSendTheExactRequests) {

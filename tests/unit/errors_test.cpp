@@ -2,6 +2,7 @@
 #include "platform/doubles/fakealerts.h"
 #include "platform/service.h"
 #include "resources/statusmessages.h"
+#include "tests/support/installed.h"
 
 #include <gtest/gtest.h>
 
@@ -25,8 +26,7 @@ protected:
         ASSERT_TRUE(AddErrorContext(context));
     }
 
-    platform::FakeAlerts alerts;
-    platform::ScopedService<platform::Alerts> installed{&alerts};
+    Installed<platform::FakeAlerts, platform::Alerts> alerts;
 };
 
 TEST_F(ErrorsTest, NoErrorShowsStoresAndBeepsNothing) {

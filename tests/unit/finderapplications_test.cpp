@@ -7,6 +7,7 @@
 #include "platform/procfsprocesses.h"
 #include "platform/service.h"
 #include "tests/support/desktopsession.h"
+#include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 
 #include <gtest/gtest.h>
@@ -58,12 +59,9 @@ protected:
 
     TempEnvironment environment;
     QByteArray savedDataHome, savedDataDirs;
-    platform::FakeProcesses processes;
-    platform::FakeLauncher launcher;
-    platform::FakeAlerts alerts;
-    platform::ScopedService<platform::Processes> processesGuard{&processes};
-    platform::ScopedService<platform::Launcher> launcherGuard{&launcher};
-    platform::ScopedService<platform::Alerts> alertsGuard{&alerts};
+    Installed<platform::FakeProcesses, platform::Processes> processes;
+    Installed<platform::FakeLauncher, platform::Launcher> launcher;
+    Installed<platform::FakeAlerts, platform::Alerts> alerts;
 };
 
 TEST_F(ApplicationLookupTest, RunningApplicationsAreFoundByCreator) {

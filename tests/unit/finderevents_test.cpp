@@ -8,6 +8,7 @@
 #include "platform/doubles/fakelauncher.h"
 #include "platform/doubles/fakeprocesses.h"
 #include "platform/service.h"
+#include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 
 #include <gtest/gtest.h>
@@ -48,16 +49,11 @@ protected:
 
     TempEnvironment environment;
     QByteArray root, docs, note;
-    FakeFileManager fileManager;
-    FakeLauncher launcher;
-    platform::FakeFrontWindow front;
-    platform::FakeAlerts alerts;
-    platform::FakeProcesses processes;
-    platform::ScopedService<platform::FileManager> fileManagerGuard{&fileManager};
-    platform::ScopedService<platform::Launcher> launcherGuard{&launcher};
-    platform::ScopedService<platform::FrontWindow> frontGuard{&front};
-    platform::ScopedService<platform::Alerts> alertsGuard{&alerts};
-    platform::ScopedService<platform::Processes> processesGuard{&processes};
+    Installed<platform::FakeFileManager, platform::FileManager> fileManager;
+    Installed<platform::FakeLauncher, platform::Launcher> launcher;
+    Installed<platform::FakeFrontWindow, platform::FrontWindow> front;
+    Installed<platform::FakeAlerts, platform::Alerts> alerts;
+    Installed<platform::FakeProcesses, platform::Processes> processes;
 };
 
 TEST_F(FinderEventsTest, OpeningFoldersAndLinksToThemShowsTheFolderInFront) {

@@ -4,6 +4,7 @@
 #include "platform/service.h"
 #include "platform/xdgautostart.h"
 #include "prefs/openatlogin.h"
+#include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 
 #include <QDir>
@@ -37,8 +38,7 @@ protected:
         return result;
     }
 
-    platform::FakeLoginItems store;
-    platform::ScopedService<platform::LoginItems> installed{&store};
+    Installed<platform::FakeLoginItems, platform::LoginItems> store;
 };
 
 TEST_F(OpenAtLoginTest, OnWithNoEntryAppendsOneNotHidden) {

@@ -5,6 +5,7 @@
 #include "platform/service.h"
 #include "prefs/prefsfile.h"
 #include "prefs/prefsimages.h"
+#include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 
 #include <QDir>
@@ -85,10 +86,8 @@ protected:
     }
 
     TempEnvironment env;
-    platform::FakeAlerts alerts;
-    platform::FakeLoginItems loginItems;
-    platform::ScopedService<platform::Alerts> installedAlerts{&alerts};
-    platform::ScopedService<platform::LoginItems> installedLoginItems{&loginItems};
+    Installed<platform::FakeAlerts, platform::Alerts> alerts;
+    Installed<platform::FakeLoginItems, platform::LoginItems> loginItems;
 };
 
 TEST_F(PrefsFileTest, OnlyTheEndBlockLoadsNothingAndChangesNothing) {

@@ -4,6 +4,7 @@
 #include "platform/doubles/fakealerts.h"
 #include "platform/doubles/fakeloginitems.h"
 #include "platform/service.h"
+#include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 
 #include <QDir>
@@ -38,10 +39,8 @@ protected:
     QByteArray menuFolder() const { return env.configHome() + "/Kestrel Menu Items"; }
 
     TempEnvironment env;
-    platform::FakeAlerts alerts;
-    platform::FakeLoginItems loginItems;
-    platform::ScopedService<platform::Alerts> installedAlerts{&alerts};
-    platform::ScopedService<platform::LoginItems> installedLoginItems{&loginItems};
+    Installed<platform::FakeAlerts, platform::Alerts> alerts;
+    Installed<platform::FakeLoginItems, platform::LoginItems> loginItems;
 };
 
 TEST_F(DefaultsTest, FirstRunMakesTheMenuFolderTheTwoMenusAndTheLoginItem) {

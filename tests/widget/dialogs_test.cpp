@@ -9,6 +9,7 @@
 #include "platform/doubles/fakeloginitems.h"
 #include "platform/service.h"
 #include "platform/xdgautostart.h"
+#include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 #include "titles/userinteraction.h"
 
@@ -58,8 +59,7 @@ protected:
         return on;
     }
 
-    platform::FakeLoginItems loginItems;
-    platform::ScopedService<platform::LoginItems> installed{&loginItems};
+    Installed<platform::FakeLoginItems, platform::LoginItems> loginItems;
     std::unique_ptr<ItemDialog> dialog;
 };
 
@@ -232,9 +232,8 @@ void WhenModalShows(std::function<void(QWidget *)> action) {
 class AboutBoxTest : public ::testing::Test {
 protected:
     platform::FakeLauncher launcher;
-    platform::FakeFrontWindow front;
+    Installed<platform::FakeFrontWindow, platform::FrontWindow> front;
     platform::ScopedService<platform::Launcher> installedLauncher{&launcher};
-    platform::ScopedService<platform::FrontWindow> installedFront{&front};
     const ProcessSerialNumber editor{777, 0x400001};
 };
 

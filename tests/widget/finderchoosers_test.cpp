@@ -3,6 +3,7 @@
 #include "platform/doubles/fakealerts.h"
 #include "platform/doubles/fakefrontwindow.h"
 #include "platform/service.h"
+#include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 #include "titles/userinteraction.h"
 
@@ -89,10 +90,8 @@ protected:
 
     TempEnvironment environment;
     QByteArray root, target, file, link;
-    platform::FakeFrontWindow front;
-    platform::FakeAlerts alerts;
-    platform::ScopedService<platform::FrontWindow> frontGuard{&front};
-    platform::ScopedService<platform::Alerts> alertsGuard{&alerts};
+    Installed<platform::FakeFrontWindow, platform::FrontWindow> front;
+    Installed<platform::FakeAlerts, platform::Alerts> alerts;
     std::unique_ptr<QTimer> timer;
     int attempts = 0;
     bool answered = false;

@@ -15,6 +15,7 @@
 #include "platform/service.h"
 #include "resources/menus.h"
 #include "tests/support/desktopsession.h"
+#include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 #include "tests/unit/foldermenu_testfolder.h"
 #include "titles/readymenu.h"
@@ -214,18 +215,12 @@ protected:
     std::unique_ptr<QTimer> answer;
     QString dialogTitle;
 
-    platform::FakeAlerts alerts;
-    platform::FakeFileManager fileManager;
-    platform::FakeFrontWindow frontWindow;
-    platform::FakeLauncher launcher;
-    platform::FakeLoginItems loginItems;
-    platform::FakePointer pointer;
-    platform::ScopedService<platform::Alerts> alertsGuard{&alerts};
-    platform::ScopedService<platform::FileManager> fileManagerGuard{&fileManager};
-    platform::ScopedService<platform::FrontWindow> frontGuard{&frontWindow};
-    platform::ScopedService<platform::Launcher> launcherGuard{&launcher};
-    platform::ScopedService<platform::LoginItems> loginItemsGuard{&loginItems};
-    platform::ScopedService<platform::Pointer> pointerGuard{&pointer};
+    Installed<platform::FakeAlerts, platform::Alerts> alerts;
+    Installed<platform::FakeFileManager, platform::FileManager> fileManager;
+    Installed<platform::FakeFrontWindow, platform::FrontWindow> frontWindow;
+    Installed<platform::FakeLauncher, platform::Launcher> launcher;
+    Installed<platform::FakeLoginItems, platform::LoginItems> loginItems;
+    Installed<platform::FakePointer, platform::Pointer> pointer;
 };
 
 TEST_F(ClickTest, TheKeysHeldAsTheMenuClosesDecideWhatHappensToAFileThreeLevelsDown) {

@@ -3,6 +3,7 @@
 #include "tests/widget/titles_fixture.h"
 
 #include "platform/doubles/fakeprocesses.h"
+#include "tests/support/installed.h"
 #include "titles/userinteraction.h"
 
 #include <QList>
@@ -60,8 +61,7 @@ protected:
     }
 
     ReadyMenu *title = nullptr;
-    platform::FakeProcesses processes;
-    platform::ScopedService<platform::Processes> processesGuard{&processes};
+    Installed<platform::FakeProcesses, platform::Processes> processes;
 };
 
 TEST_F(TitlesEventsTest, ModifierModeHidesWhileTheKeyIsHeldOverTheTitle) {

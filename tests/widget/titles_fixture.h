@@ -7,6 +7,7 @@
 #include "platform/doubles/fakepointer.h"
 #include "platform/doubles/faketitlewindows.h"
 #include "platform/service.h"
+#include "tests/support/installed.h"
 #include "titles/readymenu.h"
 #include "titles/titleevents.h"
 
@@ -52,13 +53,9 @@ protected:
         return title;
     }
 
-    platform::FakeAlerts alerts;
-    platform::FakeFrontWindow frontWindow;
-    platform::FakePointer pointer;
-    platform::FakeTitleWindows titleWindows;
-    platform::ScopedService<platform::Alerts> alertsGuard{&alerts};
-    platform::ScopedService<platform::FrontWindow> frontGuard{&frontWindow};
-    platform::ScopedService<platform::Pointer> pointerGuard{&pointer};
-    platform::ScopedService<platform::TitleWindows> titleWindowsGuard{&titleWindows};
+    Installed<platform::FakeAlerts, platform::Alerts> alerts;
+    Installed<platform::FakeFrontWindow, platform::FrontWindow> frontWindow;
+    Installed<platform::FakePointer, platform::Pointer> pointer;
+    Installed<platform::FakeTitleWindows, platform::TitleWindows> titleWindows;
     std::deque<MenuSpec> specs;
 };
