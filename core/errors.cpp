@@ -70,7 +70,12 @@ void TestError(OSErr err) {
         return;
     }
     const ErrorAlertTexts texts = MakeErrorAlertTexts(err);
-    alerts.showErrorAlert(texts.context, texts.number, texts.message, texts.explanation);
+    platform::Alert alert;
+    alert.status = err;
+    alert.headline = texts.context.isEmpty() ? texts.message : texts.context + u' ' + texts.message;
+    alert.explanation = texts.explanation;
+    alert.details = QCoreApplication::translate("Alerts", "Error %1").arg(texts.number);
+    alerts.showAlert(alert);
 }
 
 OSErr TestResError(const void *result, OSErr resError) {

@@ -46,6 +46,8 @@ enum : OSErr {
     connectionInvalid = -609,
     errAEEventNotHandled = -1708,
     errFSNoMoreItems = -1417,
+    notAFileErr = -1302,
+    fsDataTooBigErr = -1310,
     badDragFlavorErr = -1852,
     dragNotAcceptedErr = -1857,
     kLSApplicationNotFoundErr = -10814,

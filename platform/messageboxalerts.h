@@ -7,8 +7,7 @@ namespace platform {
 
 class MessageBoxAlerts final : public Alerts {
 public:
-    void showErrorAlert(const QString &context, const QString &number, const QString &message,
-                        const QString &explanation) override;
+    int showAlert(const Alert &alert) override;
     void beep() override;
 };
 

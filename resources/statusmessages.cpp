@@ -62,6 +62,14 @@ constexpr StatusMessage kFileStatuses[] = {
     {dirNFErr, QT_TRANSLATE_NOOP("StatusMessages", "The folder could not be found."),
      QT_TRANSLATE_NOOP("StatusMessages",
                        "A part of the path is not a folder, or the folder has been removed.")},
+    {notAFileErr, QT_TRANSLATE_NOOP("StatusMessages", "The item is not a file."),
+     QT_TRANSLATE_NOOP("StatusMessages",
+                       "It is a folder, a pipe or a device where a file was expected, so it was "
+                       "not read.")},
+    {fsDataTooBigErr, QT_TRANSLATE_NOOP("StatusMessages", "The file is too large."),
+     QT_TRANSLATE_NOOP("StatusMessages",
+                       "No file of its kind is ever this large, so it was not read. It may be "
+                       "damaged.")},
     {afpAccessDenied, QT_TRANSLATE_NOOP("StatusMessages", "Access was denied."),
      QT_TRANSLATE_NOOP("StatusMessages",
                        "You do not have permission to use this item. Check its permissions and "

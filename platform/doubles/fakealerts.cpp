@@ -2,9 +2,9 @@
 
 namespace platform {
 
-void FakeAlerts::showErrorAlert(const QString &context, const QString &number,
-                                const QString &message, const QString &explanation) {
-    alerts.append({context, number, message, explanation});
+int FakeAlerts::showAlert(const Alert &alert) {
+    alerts.append(alert);
+    return answers.isEmpty() ? alert.defaultButton : answers.takeFirst();
 }
 
 void FakeAlerts::beep() {

@@ -4,20 +4,17 @@
 #include "platform/alerts.h"
 
 #include <QList>
-#include <QStringList>
 
 namespace platform {
 
 class FakeAlerts : public Alerts {
 public:
-    struct Shown {
-        QString context, number, message, explanation;
-    };
-    void showErrorAlert(const QString &context, const QString &number, const QString &message,
-                        const QString &explanation) override;
+    int showAlert(const Alert &alert) override;
     void beep() override;
 
-    QList<Shown> alerts;
+    QList<Alert> alerts;
+    // The buttons the user chooses, alert by alert; once they run out, the default.
+    QList<int> answers;
     int beeps = 0;
 };
 

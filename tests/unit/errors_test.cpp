@@ -77,7 +77,7 @@ TEST_F(ErrorsTest, ContextsRunNewestFirstAndStopAt255Bytes) {
     PushContext("B");
     TestError(fnfErr);
     ASSERT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(alerts.alerts[0].context, QStringLiteral("BA"));
+    EXPECT_EQ(alerts.alerts[0].headline.left(3), QStringLiteral("BA "));
     RemoveErrorContext();
     RemoveErrorContext();
 
@@ -93,15 +93,15 @@ TEST_F(ErrorsTest, ContextsRunNewestFirstAndStopAt255Bytes) {
 TEST_F(ErrorsTest, AlertCarriesNumberMessageAndExplanation) {
     TestError(userCanceledErr); // a cancel that reaches the reporter is reported too
     ASSERT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(alerts.alerts[0].number, QStringLiteral("-128"));
-    EXPECT_FALSE(alerts.alerts[0].message.isEmpty());
-    EXPECT_NE(alerts.alerts[0].message, FallbackErrorText());
+    EXPECT_EQ(alerts.alerts[0].status, -128);
+    EXPECT_FALSE(alerts.alerts[0].headline.isEmpty());
+    EXPECT_NE(alerts.alerts[0].headline, FallbackErrorText());
     EXPECT_NE(alerts.alerts[0].explanation, FallbackErrorText());
 
     TestError(-12345);
     ASSERT_EQ(alerts.alerts.size(), 2);
-    EXPECT_EQ(alerts.alerts[1].number, QStringLiteral("-12345"));
-    EXPECT_EQ(alerts.alerts[1].message, FallbackErrorText());
+    EXPECT_EQ(alerts.alerts[1].status, -12345);
+    EXPECT_EQ(alerts.alerts[1].headline, FallbackErrorText());
     EXPECT_EQ(alerts.alerts[1].explanation, FallbackErrorText());
 }
 
@@ -114,10 +114,10 @@ TEST_F(ErrorsTest, ManagerStatusWinsOverTheNullResult) {
     EXPECT_EQ(TestResError(nullptr), resNotFound);
     EXPECT_EQ(TestResError(nullptr, fnfErr), fnfErr);
     ASSERT_EQ(alerts.alerts.size(), 4);
-    EXPECT_EQ(alerts.alerts[0].number, QStringLiteral("-108"));
-    EXPECT_EQ(alerts.alerts[1].number, QStringLiteral("-36"));
-    EXPECT_EQ(alerts.alerts[2].number, QStringLiteral("-192"));
-    EXPECT_EQ(alerts.alerts[3].number, QStringLiteral("-43"));
+    EXPECT_EQ(alerts.alerts[0].status, -108);
+    EXPECT_EQ(alerts.alerts[1].status, -36);
+    EXPECT_EQ(alerts.alerts[2].status, -192);
+    EXPECT_EQ(alerts.alerts[3].status, -43);
 }
 
 // The errno table as users and the preferences file see it, and a real message

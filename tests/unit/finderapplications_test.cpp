@@ -122,7 +122,7 @@ TEST_F(ApplicationLookupTest, AFailedLaunchIsReported) {
     EXPECT_EQ(psn, (ProcessSerialNumber{5, 5}));
     EXPECT_EQ(launcher.launches.first().what, "Program");
     ASSERT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(alerts.alerts.first().number, QStringLiteral("-43"));
+    EXPECT_EQ(alerts.alerts.first().status, -43);
 }
 
 // The real process table, with programs started here.

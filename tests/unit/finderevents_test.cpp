@@ -218,7 +218,7 @@ TEST_F(FinderEventsTest, WithoutAnyFileManagerEveryCallAlerts) {
     const FSSpec folder = Spec("Docs");
     EXPECT_EQ(DoFinderFile(kFinderOpen, &folder, nullptr), procNotFound);
     ASSERT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(alerts.alerts.first().number, QStringLiteral("-600"));
+    EXPECT_EQ(alerts.alerts.first().status, -600);
     EXPECT_EQ(BringFinderToFront(), procNotFound);
     EXPECT_EQ(alerts.alerts.size(), 2);
     EXPECT_TRUE(fileManager.requests.isEmpty());

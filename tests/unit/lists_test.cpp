@@ -101,7 +101,7 @@ TEST(MemoryBlocks, AShortageIsReportedAndGivesNull) {
     EXPECT_EQ(block, nullptr);
     EXPECT_EQ(err, memFullErr);
     ASSERT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(alerts.alerts[0].number, QStringLiteral("-108"));
+    EXPECT_EQ(alerts.alerts[0].status, -108);
 
     Handle handle = AllocHandle(&err, std::numeric_limits<Size>::max() / 2);
     EXPECT_EQ(handle, nullptr);

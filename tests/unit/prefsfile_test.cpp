@@ -177,8 +177,8 @@ TEST_F(PrefsFileTest, ACutFileStopsTheLoadWithAnAlertAndKeepsWhatWasRead) {
         const QByteArray contents = start + c.tail;
         EXPECT_EQ(load(contents), c.status) << c.what;
         ASSERT_EQ(alerts.alerts.size(), 1) << c.what;
-        EXPECT_EQ(alerts.alerts[0].number, QString::number(c.status)) << c.what;
-        EXPECT_TRUE(alerts.alerts[0].context.contains(QStringLiteral("Kestrel Menu Preferences")))
+        EXPECT_EQ(alerts.alerts[0].status, c.status) << c.what;
+        EXPECT_TRUE(alerts.alerts[0].headline.contains(QStringLiteral("Kestrel Menu Preferences")))
             << c.what;
         EXPECT_EQ(appleMenuSettings.iconColour, kColourBlue) << c.what;
         EXPECT_EQ(ReadFile(file()), contents) << "the file stays as it was: " << c.what;

@@ -398,7 +398,7 @@ TEST_F(ClickTest, AddingAnItemWithoutTheFileManagerServiceOpensTheFolderOrReport
     EXPECT_TRUE(dialogTitle.isEmpty());
     EXPECT_TRUE(fileManager.requests.isEmpty());
     ASSERT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(alerts.alerts.first().number, QString::number(procNotFound));
+    EXPECT_EQ(alerts.alerts.first().status, procNotFound);
 }
 
 TEST_F(ClickTest, OpeningTheFolderBringsTheFileManagerForward) {
