@@ -1,6 +1,7 @@
 #include "core/desktopentry.h"
 
-#include <QFile>
+#include "core/safefile.h"
+
 
 namespace {
 
@@ -38,11 +39,11 @@ bool IsReservedInExec(char c) {
 } // namespace
 
 std::optional<DesktopEntry> DesktopEntry::read(const QByteArray &path) {
-    QFile file(QFile::decodeName(path));
-    if (!file.open(QIODevice::ReadOnly))
+    // Desktop entries are small regular files; anything else is no desktop
+    // entry, and a pipe in its place must not hold the program up.
+    QByteArray contents;
+    if (ReadRegularFile(path, kSmallFileLimit, &contents) != noErr)
         return std::nullopt;
-    // Desktop entries are small; a huge file is no desktop entry.
-    const QByteArray contents = file.read(1 << 20);
     bool hasMainGroup = false;
     DesktopEntry entry = parse(contents, &hasMainGroup);
     if (!hasMainGroup)
