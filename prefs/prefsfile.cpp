@@ -220,7 +220,7 @@ OSErr LoadPreferences() {
     }
     if (status == noErr)
         return noErr;
-    return OfferDefaultSettings(file.path, status, refNum >= 0);
+    return OfferDefaultSettings(file.path, status, refNum >= 0 || status == fsDataTooBigErr);
 }
 
 OSErr SavePreference(int refNum, OSType tag, const void *data, std::int32_t length) {

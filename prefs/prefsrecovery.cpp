@@ -128,11 +128,11 @@ QByteArray DamagedFileName(const QByteArray &prefsFile) {
     }
 }
 
-OSErr OfferDefaultSettings(const QByteArray &prefsFile, OSErr status, bool opened) {
+OSErr OfferDefaultSettings(const QByteArray &prefsFile, OSErr status, bool damaged) {
     const QByteArray aside = DamagedFileName(prefsFile);
     platform::Alert alert;
     alert.status = status;
-    alert.headline = (opened ? Tr("The settings file “%1” is damaged.")
+    alert.headline = (damaged ? Tr("The settings file “%1” is damaged.")
                              : Tr("The settings file “%1” cannot be read."))
                          .arg(ShownPath(prefsFile));
     alert.explanation =

@@ -17,12 +17,12 @@ QByteArray FinalTarget(const QByteArray &path);
 // program's own names, only regular files of this user.
 void RemoveInterruptedSaves(const QByteArray &prefsFile);
 
-// A preferences file that could not be opened, or was opened (`opened`) but
-// not loaded (`status`): asks whether to quit
+// A preferences file that could not be loaded (`status`; `damaged` when it
+// could be opened but its contents are wrong): asks whether to quit
 // (the file untouched) or to start with the default settings, keeping the file
 // beside them under a "(damaged …)" name. Returns noErr once the defaults are
 // in place, otherwise the status with which start-up must stop.
-OSErr OfferDefaultSettings(const QByteArray &prefsFile, OSErr status, bool opened);
+OSErr OfferDefaultSettings(const QByteArray &prefsFile, OSErr status, bool damaged);
 
 // The name a damaged file is kept under: "<name> (damaged <date>)", with a
 // number added when that is taken.

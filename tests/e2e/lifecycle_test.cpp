@@ -1,128 +1,276 @@
-// The whole program under a private desktop: start-up, quitting, a second
-// copy and mount events. (A damaged preferences file is part of the whole-life
-// test.)
+// The whole program under a private desktop: quitting, settings that cannot be
+// saved, one copy at a time, and mount events. (A damaged preferences file is
+// part of the whole-life test.)
 #include "tests/support/desktopsession.h"
 #include "tests/support/tempenvironment.h"
 
+#include <QDBusConnection>
 #include <QDir>
 #include <QFileInfo>
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
+
+// The desktop's notification server, speaking the real protocol on the bus.
+class NotificationServer : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+
+public:
+    QStringList received; // summary and body of each
+
+public Q_SLOTS:
+    uint Notify(const QString &, uint, const QString &, const QString &summary, const QString &body,
+                const QStringList &, const QVariantMap &, int) {
+        received.append(summary + u'\n' + body);
+        return uint(received.size());
+    }
+};
 
 class LifecycleTest : public ::testing::Test {
 protected:
     void SetUp() override {
         if (!session.failure().isEmpty())
             GTEST_SKIP() << session.failure().toStdString();
+        QDBusConnection bus = QDBusConnection::connectToBus(session.busAddress(), kBusName);
+        ASSERT_TRUE(bus.registerObject(QStringLiteral("/org/freedesktop/Notifications"),
+                                       &notifications, QDBusConnection::ExportAllSlots));
+        ASSERT_TRUE(bus.registerService(QStringLiteral("org.freedesktop.Notifications")));
     }
+    void TearDown() override { QDBusConnection::disconnectFromBus(kBusName); }
 
-    QProcess *startProgram() {
+    QProcessEnvironment environment() const {
         QProcessEnvironment environment = session.environment(env.processEnvironment());
         environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("kestrel.*=true"));
-        QProcess *program = session.start(QStringLiteral(KESTREL_PROGRAM), {}, environment);
-        return program;
+        return environment;
     }
 
+    // As root the program runs without the power to pass over file
+    // permissions, so that read-only and unreadable mean what they mean to users.
+    QProcess *startProgram(const QProcessEnvironment &environment) {
+        if (::geteuid() != 0)
+            return session.start(QStringLiteral(KESTREL_PROGRAM), {}, environment);
+        return session.start(QStringLiteral("setpriv"),
+                             {QStringLiteral("--inh-caps=-dac_override,-dac_read_search"),
+                              QStringLiteral("--bounding-set=-dac_override,-dac_read_search"),
+                              QStringLiteral(KESTREL_PROGRAM)},
+                             environment);
+    }
+    QProcess *startProgram() { return startProgram(environment()); }
+
     // Collects what the program wrote to standard error until `text` shows.
-    bool waitForLog(QProcess *program, const QByteArray &text, int timeoutMs = 15000) {
+    static bool waitForLog(QProcess *program, const QByteArray &text, QByteArray *log) {
         return WaitFor(
             [&] {
-                log_ += program->readAllStandardError();
-                return log_.contains(text);
+                *log += program->readAllStandardError();
+                return log->contains(text);
             },
-            timeoutMs);
+            15000);
+    }
+    bool alertShown() const {
+        return !session
+                    .run(QStringLiteral("xdotool"),
+                         {QStringLiteral("search"), QStringLiteral("--name"),
+                          QStringLiteral("^Kestrel Menu$")})
+                    .isEmpty();
+    }
+    // Quits as a logout does; the program must not make it wait.
+    static void quit(QProcess *program) {
+        ::kill(pid_t(program->processId()), SIGTERM);
+        EXPECT_TRUE(program->waitForFinished(5000));
+        EXPECT_EQ(program->exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(program->exitCode(), 0);
     }
 
     QByteArray prefsFile() const { return env.configHome() + "/Kestrel Menu Preferences"; }
-    QByteArray menuFolder() const { return env.configHome() + "/Kestrel Menu Items"; }
-    QStringList menuEntries() const {
-        return QDir(QFile::decodeName(menuFolder()))
+    QStringList configEntries(const QByteArray &folder) const {
+        return QDir(QFile::decodeName(folder))
             .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
     }
 
-    // The desktop offers a file manager, as desktops do, so that the program has
-    // one to bring forward when it starts.
+    // The desktop offers a file manager, so that the program has one to bring forward.
     static DesktopSession::Options WithFileManager() {
         DesktopSession::Options options;
         options.activatableNames = {QStringLiteral("org.freedesktop.FileManager1")};
         return options;
     }
 
+    static constexpr QLatin1StringView kBusName{"lifecycle"};
     TempEnvironment env;
     DesktopSession session{WithFileManager()};
-    QByteArray log_;
+    NotificationServer notifications;
 };
 
 TEST_F(LifecycleTest, EachQuitSignalEndsTheRunCleanlyAndTheSettingsComeBack) {
     QByteArray savedBefore;
     for (int signal : {SIGTERM, SIGINT, SIGHUP}) {
-        log_.clear();
         QProcess *program = startProgram();
-        ASSERT_TRUE(waitForLog(program, "running")) << log_.constData();
+        QByteArray log;
+        ASSERT_TRUE(waitForLog(program, "running", &log)) << log.constData();
         ::kill(pid_t(program->processId()), signal);
         ASSERT_TRUE(program->waitForFinished(10000)) << "signal " << signal;
-        EXPECT_EQ(program->exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(program->exitCode(), 0);
-
-        // The first run made the defaults; later runs read them back, so
-        // neither the menu folder nor the saved bytes change.
-        EXPECT_EQ(menuEntries(),
-                  (QStringList{QStringLiteral("File System"), QStringLiteral("applications"),
-                               QStringLiteral("home")}));
+        // The first run made the defaults; later runs read them back, so the
+        // saved bytes do not change.
         const QByteArray saved = ReadFile(prefsFile());
-        ASSERT_FALSE(saved.isEmpty());
-        EXPECT_TRUE(saved.startsWith("apse")) << "signal " << signal;
-        EXPECT_TRUE(saved.endsWith(QByteArray("end!\0\0\0\0", 8)));
-        if (!savedBefore.isEmpty()) {
-            EXPECT_EQ(saved, savedBefore) << "signal " << signal;
-        }
+        EXPECT_TRUE(saved.endsWith(QByteArray("end!\0\0\0\0", 8))) << "signal " << signal;
+        EXPECT_TRUE(savedBefore.isEmpty() || saved == savedBefore) << "signal " << signal;
         savedBefore = saved;
     }
-    EXPECT_TRUE(
-        QFileInfo::exists(QFile::decodeName(env.configHome() + "/autostart/kestrel-menu.desktop")));
+    EXPECT_EQ(configEntries(env.configHome() + "/Kestrel Menu Items").size(), 3);
+    EXPECT_TRUE(notifications.received.isEmpty());
 }
 
-TEST_F(LifecycleTest, ASecondCopyLeavesAtOnceAndTouchesNothing) {
-    QProcess *first = startProgram();
-    ASSERT_TRUE(waitForLog(first, "running")) << log_.constData();
-    const QStringList entriesBefore = menuEntries();
-    const QDateTime folderTime = QFileInfo(QFile::decodeName(menuFolder())).lastModified();
+TEST_F(LifecycleTest, SettingsThatCannotBeSavedAreNotifiedAndQuittingNeverWaits) {
+    QProcess *first = startProgram(); // the first run writes the file
+    QByteArray log;
+    ASSERT_TRUE(waitForLog(first, "running", &log)) << log.constData();
+    quit(first);
+    const QByteArray saved = ReadFile(prefsFile());
+    const QByteArray config = env.configHome();
+    const QByteArray target = env.root() + "/dotfiles/kestrel";
+    enum Outcome { Notified, WrittenThroughTheLink, ReportedAtStart };
+    struct Case {
+        const char *what;
+        std::function<bool()> make; // false: cannot be made here
+        std::function<void()> undo;
+        Outcome outcome;
+    };
+    const Case cases[] = {
+        {"a read-only configuration folder", [&] { return ::chmod(config, 0555) == 0; },
+         [&] { ::chmod(config, 0755); }, Notified},
+        {"a full disk",
+         [&] {
+             if (::mount("kestrel-test", config, "tmpfs", 0, "size=16k") != 0)
+                 return false; // only root may mount
+             WriteFile(prefsFile(), saved);
+             QFile filler(QFile::decodeName(config + "/filler"));
+             return filler.open(QIODevice::WriteOnly) && filler.write(QByteArray(1 << 16, 'f')) > 0;
+         },
+         [&] { EXPECT_EQ(::umount(config), 0) << strerror(errno); }, Notified},
+        {"a file that is a link (dotfiles)",
+         [&] {
+             WriteFile(target, saved);
+             return ::unlink(prefsFile()) == 0 && ::symlink(target, prefsFile()) == 0;
+         },
+         [] {}, WrittenThroughTheLink},
+        {"an unreadable file", [&] { return ::chmod(target, 0) == 0; },
+         [&] { ::chmod(target, 0600); }, ReportedAtStart},
+    };
+    const auto identity = [&] {
+        struct stat info {};
+        ::stat(prefsFile(), &info);
+        return std::tuple(info.st_ino, info.st_mode, info.st_size, info.st_mtim.tv_nsec);
+    };
+    for (const Case &c : cases) {
+        if (!c.make()) {
+            std::cout << "not tried here: " << c.what << '\n';
+            continue;
+        }
+        const auto before = identity();
+        const qsizetype notifiedBefore = notifications.received.size();
+        QProcess *program = startProgram();
+        log.clear();
+        if (c.outcome == ReportedAtStart)
+            EXPECT_TRUE(WaitFor([&] { return alertShown(); })) << c.what;
+        else
+            EXPECT_TRUE(waitForLog(program, "running", &log)) << c.what << log.constData();
+        quit(program);
+        if (c.outcome == Notified) {
+            EXPECT_TRUE(WaitFor([&] { return notifications.received.size() > notifiedBefore; }))
+                << c.what;
+            EXPECT_TRUE(notifications.received.value(notifiedBefore)
+                            .contains(QFile::decodeName(prefsFile())))
+                << notifications.received.value(notifiedBefore).toStdString();
+        }
+        // Untouched, or (through the link) replaced by a complete new file.
+        EXPECT_EQ(identity() == before, c.outcome != WrittenThroughTheLink) << c.what;
+        const QByteArray folder =
+            QFileInfo(QFile::decodeName(prefsFile())).canonicalPath().toUtf8();
+        EXPECT_EQ(configEntries(folder).filter(QStringLiteral(".")).size(), 0)
+            << "no temporary file left: " << c.what;
+        c.undo();
+    }
+    EXPECT_EQ(QFileInfo(QFile::decodeName(prefsFile())).symLinkTarget(), QFile::decodeName(target));
+    EXPECT_EQ(ReadFile(target), saved);
+}
 
-    QProcess *second = startProgram();
-    ASSERT_TRUE(second->waitForFinished(5000));
-    EXPECT_EQ(second->exitCode(), 0);
-    const QByteArray message = second->readAllStandardError();
-    EXPECT_TRUE(message.contains("already running")) << message.constData();
-    EXPECT_EQ(message.count('\n'), 1) << message.constData();
-    EXPECT_FALSE(QFileInfo::exists(QFile::decodeName(prefsFile())))
-        << "only the first copy writes, at its own quit";
-    EXPECT_EQ(menuEntries(), entriesBefore);
-    EXPECT_EQ(QFileInfo(QFile::decodeName(menuFolder())).lastModified(), folderTime);
+TEST_F(LifecycleTest, OneCopyPerUserAndSettingsWhateverTheEnvironment) {
+    const QByteArray link = env.root() + "/config-link";
+    ASSERT_EQ(::symlink(env.configHome(), link), 0);
+    const QString runtime = QStringLiteral("XDG_RUNTIME_DIR");
+    const QString config = QStringLiteral("XDG_CONFIG_HOME");
+    struct Case {
+        const char *what;
+        std::function<void(QProcessEnvironment *first, QProcessEnvironment *second)> change;
+    };
+    const Case cases[] = {
+        {"the same environment", [](auto, auto) {}},
+        {"a trailing slash",
+         [&](auto, auto *second) { second->insert(config, second->value(config) + u'/'); }},
+        {"the folder through a link",
+         [&](auto, auto *second) { second->insert(config, QFile::decodeName(link)); }},
+        {"no run-time folder for the second", [&](auto, auto *second) { second->remove(runtime); }},
+        {"no run-time folder for either",
+         [&](auto *first, auto *second) {
+             first->remove(runtime);
+             second->remove(runtime);
+         }},
+        {"an unwritable run-time folder", [&](auto, auto) { ::chmod(env.runtimeDir(), 0500); }},
+    };
+    for (const Case &c : cases) {
+        QProcessEnvironment first = environment(), second = environment();
+        c.change(&first, &second);
+        QProcess *running = startProgram(first);
+        QByteArray log;
+        ASSERT_TRUE(waitForLog(running, "running", &log)) << c.what << log.constData();
+        QProcess *another = startProgram(second);
+        ASSERT_TRUE(another->waitForFinished(5000)) << c.what;
+        EXPECT_EQ(another->exitCode(), 0);
+        EXPECT_TRUE(another->readAllStandardError().contains("already running")) << c.what;
+        quit(running);
+        ::chmod(env.runtimeDir(), 0700);
+    }
+}
 
-    EXPECT_EQ(DesktopSession::stop(first), 0);
-    EXPECT_TRUE(QFileInfo::exists(QFile::decodeName(prefsFile())));
+TEST_F(LifecycleTest, ALockThatCannotBeMadeIsReportedAndNothingRuns) {
+    QProcessEnvironment environment = this->environment();
+    environment.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+    WriteFile(env.root() + "/not-a-folder", "");
+    environment.insert(QStringLiteral("XDG_CACHE_HOME"),
+                       QFile::decodeName(env.root() + "/not-a-folder"));
+    QProcess *program = startProgram(environment);
+    ASSERT_TRUE(WaitFor([&] { return alertShown(); }));
+    session.run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("Return")});
+    ASSERT_TRUE(program->waitForFinished(5000));
+    EXPECT_EQ(program->exitCode(), 0);
+    EXPECT_TRUE(program->readAllStandardError().contains("cannot make the lock"));
+    EXPECT_TRUE(configEntries(env.configHome()).isEmpty()) << "nothing ran";
 }
 
 TEST_F(LifecycleTest, AMountAndAnUnmountReachTheRunningProgram) {
     const QByteArray point = env.root() + "/mount point";
     ASSERT_TRUE(QDir().mkpath(QFile::decodeName(point)));
     // Mounting needs the right to; without it there is nothing to observe.
-    if (::mount("kestrel-test", point.constData(), "tmpfs", 0, "size=64k") != 0)
-        GTEST_SKIP() << "cannot mount a tmpfs here (" << std::strerror(errno)
-                     << "): run as root to check mount events";
-    ::umount(point.constData());
+    if (::mount("kestrel-test", point, "tmpfs", 0, "size=64k") != 0)
+        GTEST_SKIP() << "cannot mount a tmpfs here: run as root to check mount events";
+    ::umount(point);
 
     QProcess *program = startProgram();
-    ASSERT_TRUE(waitForLog(program, "running")) << log_.constData();
-    ASSERT_EQ(::mount("kestrel-test", point.constData(), "tmpfs", 0, "size=64k"), 0);
-    EXPECT_TRUE(waitForLog(program, "volume mounted: " + point)) << log_.constData();
-    ASSERT_EQ(::umount(point.constData()), 0);
-    EXPECT_TRUE(waitForLog(program, "volume unmounted: " + point)) << log_.constData();
-    EXPECT_EQ(DesktopSession::stop(program), 0);
+    QByteArray log;
+    ASSERT_TRUE(waitForLog(program, "running", &log)) << log.constData();
+    ASSERT_EQ(::mount("kestrel-test", point, "tmpfs", 0, "size=64k"), 0);
+    EXPECT_TRUE(waitForLog(program, "volume mounted: " + point, &log)) << log.constData();
+    ASSERT_EQ(::umount(point), 0);
+    EXPECT_TRUE(waitForLog(program, "volume unmounted: " + point, &log)) << log.constData();
+    quit(program);
 }
 
 } // namespace
+
+#include "lifecycle_test.moc"

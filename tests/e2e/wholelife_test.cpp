@@ -56,6 +56,16 @@ protected:
         return !title.isEmpty();
     }
 
+    // An alert of the program's, with the keyboard.
+    bool alertInFront() const {
+        const QList<QByteArray> alerts =
+            xdotool({QStringLiteral("search"), QStringLiteral("--name"),
+                     QStringLiteral("^Kestrel Menu$")})
+                .split('\n');
+        const QByteArray active = xdotool({QStringLiteral("getactivewindow")});
+        return !active.isEmpty() && alerts.contains(active);
+    }
+
     QByteArray fileManagerCalls() const { return ReadFile(QFile::encodeName(fileManagerLog)); }
 
     // Opens the title's menu, types the first letter of an item and chooses
@@ -139,23 +149,35 @@ TEST_F(WholeLifeTest, FromTheFirstStartToADamagedFile) {
     EXPECT_EQ(DesktopSession::stop(program), 0);
     EXPECT_EQ(ReadFile(prefsFile()), saved);
 
-    // A damaged file stops the start with an alert and stays as it was.
+    // A damaged file stops the start with an alert that names it. "Quit", the
+    // default, leaves it byte for byte.
     const QByteArray damaged = saved.left(saved.size() - 5);
     WriteFile(prefsFile(), damaged);
     program = startProgram();
-    ASSERT_TRUE(WaitFor([&] {
-        const QList<QByteArray> alerts =
-            xdotool({QStringLiteral("search"), QStringLiteral("--name"),
-                     QStringLiteral("^Kestrel Menu$")})
-                .split('\n');
-        const QByteArray active = xdotool({QStringLiteral("getactivewindow")});
-        return !active.isEmpty() && alerts.contains(active);
-    }));
+    ASSERT_TRUE(WaitFor([&] { return alertInFront(); }));
     EXPECT_FALSE(titleShown());
     xdotool({QStringLiteral("key"), QStringLiteral("Return")});
     ASSERT_TRUE(program->waitForFinished(10000));
     EXPECT_EQ(program->exitCode(), 0);
     EXPECT_EQ(ReadFile(prefsFile()), damaged);
+
+    // "Start with Default Settings" keeps the damaged bytes under another name
+    // and starts as the first time, with one title.
+    program = startProgram();
+    ASSERT_TRUE(WaitFor([&] { return alertInFront(); }));
+    xdotool({QStringLiteral("key"), QStringLiteral("s")});
+    ASSERT_TRUE(WaitFor([&] { return titleShown(); }, 15000));
+    EXPECT_EQ(xdotool({QStringLiteral("search"), QStringLiteral("--name"),
+                       QStringLiteral("^Kestrel Menu title$")})
+                  .count('\n'),
+              0);
+    const QStringList kept =
+        QDir(QFile::decodeName(env.configHome()))
+            .entryList({QStringLiteral("Kestrel Menu Preferences (damaged *)")});
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(ReadFile(env.configHome() + '/' + QFile::encodeName(kept[0])), damaged);
+    EXPECT_EQ(DesktopSession::stop(program), 0);
+    EXPECT_TRUE(ReadFile(prefsFile()).startsWith("apse"));
 }
 
 } // namespace
