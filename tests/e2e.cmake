@@ -5,8 +5,7 @@ target_compile_definitions(e2e_lifecycle_test PRIVATE
 add_dependencies(e2e_lifecycle_test kestrel-menu)
 
 kestrel_add_test(NAME e2e_wholelife_test TIER e2e TIMEOUT 240
-    SOURCES e2e/wholelife_test.cpp LIBS kestrel_core Qt6::DBus)
+    SOURCES e2e/wholelife_test.cpp LIBS kestrel_core)
 target_compile_definitions(e2e_wholelife_test PRIVATE
-    KESTREL_PROGRAM="$<TARGET_FILE:kestrel-menu>"
-    KESTREL_FAKE_FILEMANAGER="$<TARGET_FILE:kestrel_fake_filemanager>")
-add_dependencies(e2e_wholelife_test kestrel-menu kestrel_fake_filemanager)
+    KESTREL_PROGRAM="$<TARGET_FILE:kestrel-menu>")
+add_dependencies(e2e_wholelife_test kestrel-menu)

@@ -69,32 +69,23 @@ TEST_F(OpenAtLoginTest, ExactlyOneEntryForThisCopyWhileOnNoneWhileOff) {
     }
 }
 
-TEST_F(OpenAtLoginTest, PropertiesAndEditsByIndex) {
-    const LoginItemsUser user = kLoginItemsCurrentUser;
-    store.currentUser = {LoginItem{QStringLiteral("a"), "/usr/lib/tool/run/", false},
-                         LoginItem{QStringLiteral("b"), "///", true},
-                         LoginItem{QStringLiteral("c"), std::nullopt, std::nullopt},
-                         LoginItem{QStringLiteral("d"), '/' + QByteArray(2000, 'p'), false}};
+TEST_F(OpenAtLoginTest, PropertiesByIndex) {
+    const LoginItemsUser user = kLoginItemsCurrentUser, someoneElse = 7;
+    store.currentUser = {LoginItem{QStringLiteral("a"), "/usr/lib/tool/run/", true},
+                         LoginItem{QStringLiteral("b"), "///", std::nullopt}};
     EXPECT_STREQ(ReturnLoginItemPropertyAtIndex(user, kLoginItemName, 0), "run");
-    EXPECT_EQ(ReturnLoginItemPropertyAtIndex(user, kLoginItemName, 1), nullptr);
-    EXPECT_STREQ(ReturnLoginItemPropertyAtIndex(user, kLoginItemHide, 1), "true");
-    EXPECT_EQ(ReturnLoginItemPropertyAtIndex(user, kLoginItemPath, 2), nullptr);
-    EXPECT_EQ(ReturnLoginItemPropertyAtIndex(user, kLoginItemHide, 2), nullptr);
-    EXPECT_EQ(qstrlen(ReturnLoginItemPropertyAtIndex(user, kLoginItemPath, 3)), 1024u);
-    for (const auto &[property, index] :
-         {std::pair(0, 0), {4, 0}, {kLoginItemPath, -1}, {kLoginItemPath, 4}})
-        EXPECT_EQ(ReturnLoginItemPropertyAtIndex(user, property, index), nullptr);
-
-    EXPECT_FALSE(RemoveLoginItemAtIndex(user, 4)) << "index equal to the count";
-    EXPECT_TRUE(RemoveLoginItemAtIndex(user, 0));
-    EXPECT_TRUE(AddLoginItemWithPropertiesToUser(kLoginItemsAnyUser, "/bin/shared", true));
-    EXPECT_EQ(GetCountOfLoginItems(kLoginItemsAnyUser), 1);
-    constexpr LoginItemsUser someoneElse = 7;
-    EXPECT_EQ(GetCountOfLoginItems(someoneElse), 0);
-    EXPECT_EQ(ReturnLoginItemPropertyAtIndex(someoneElse, kLoginItemPath, 0), nullptr);
-    EXPECT_FALSE(RemoveLoginItemAtIndex(someoneElse, 0));
+    EXPECT_STREQ(ReturnLoginItemPropertyAtIndex(user, kLoginItemHide, 0), "true");
+    for (const auto &[who, property, index] : {std::tuple(user, int(kLoginItemName), 1),
+                                               {user, kLoginItemHide, 1},
+                                               {user, 0, 0},
+                                               {user, 4, 0},
+                                               {user, kLoginItemPath, -1},
+                                               {user, kLoginItemPath, 2},
+                                               {someoneElse, kLoginItemPath, 0}})
+        EXPECT_EQ(ReturnLoginItemPropertyAtIndex(who, property, index), nullptr)
+            << property << index;
+    EXPECT_FALSE(RemoveLoginItemAtIndex(user, 2)) << "index equal to the count";
     EXPECT_FALSE(AddLoginItemWithPropertiesToUser(someoneElse, "/bin/x", false));
-    EXPECT_EQ(GetCountOfLoginItems(user), 3);
 }
 
 // The same rules on the real autostart folders.
@@ -152,12 +143,10 @@ TEST_F(AutostartFoldersTest, CopiesAreToldApartByTheFileNotThePath) {
     ASSERT_EQ(::symlink(self.constData(), link.constData()), 0);
     makeProgram(env.root() + "/copy/kestrel-menu");
     makeProgram(env.root() + "/plain/kestrel-menu", 0644);
-    makeProgram(env.root() + "/copy/kestrel-menu-helper");
     EXPECT_TRUE(autostart.isThisProgram(link));
     EXPECT_FALSE(autostart.isThisProgram(env.root() + "/copy/kestrel-menu"));
     EXPECT_TRUE(autostart.isKestrelMenuProgram(env.root() + "/copy/kestrel-menu"));
     EXPECT_FALSE(autostart.isKestrelMenuProgram(env.root() + "/plain/kestrel-menu"));
-    EXPECT_FALSE(autostart.isKestrelMenuProgram(env.root() + "/copy/kestrel-menu-helper"));
 
     WriteFile(env.systemConfig() + "/autostart/agent.desktop",
               "[Desktop Entry]\nType=Application\nName=Agent\nExec=agent-binary %U\n"

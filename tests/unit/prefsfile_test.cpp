@@ -55,17 +55,21 @@ protected:
     }
 
     QByteArray file() const { return env.configHome() + "/Kestrel Menu Preferences"; }
+    QByteArray menuFolder() const { return env.configHome() + "/Kestrel Menu Items"; }
+    QStringList links() const {
+        QStringList links;
+        for (const QString &name :
+             QDir(QFile::decodeName(menuFolder()))
+                 .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name))
+            links.append(name + u'>' +
+                         QFile::symLinkTarget(QFile::decodeName(menuFolder()) + u'/' + name));
+        return links;
+    }
     QList<const MenuSpec *> menus() const {
         QList<const MenuSpec *> list;
         for (const MenuSpec *spec = firstMenuSpec; spec != nullptr; spec = spec->next)
             list.append(spec);
         return list;
-    }
-    MenuSpec *addMenu(const QByteArray &path) {
-        OSErr status = noErr;
-        const FSSpec spec{path};
-        return AddMenuToPreferences(&status, kSideLeft, kContentsFolder, kTitleColourPicture,
-                                    &spec);
     }
 
     TempEnvironment env;
@@ -73,6 +77,57 @@ protected:
     Installed<platform::FakeLoginItems, platform::LoginItems> loginItems;
     Installed<platform::FakeNotifications, platform::Notifications> notifications;
 };
+
+TEST_F(PrefsFileTest, NoFileIsAFirstRunMenuFolderTwoMenusAndALoginItem) {
+    // A folder left by an earlier installation keeps what it holds.
+    WriteFile(menuFolder() + "/notes.txt", "keep me");
+    ASSERT_EQ(::symlink("/elsewhere", (menuFolder() + "/home").constData()), 0);
+    ASSERT_EQ(LoadPreferences(), noErr);
+    const QString home = QFile::decodeName(env.home());
+    EXPECT_EQ(links(),
+              (QStringList{QStringLiteral("File System>/"),
+                           QStringLiteral("applications>/usr/share/applications"),
+                           QStringLiteral("home>/elsewhere"), QStringLiteral("home (2)>") + home,
+                           QStringLiteral("notes.txt>")}));
+
+    ASSERT_EQ(menus().size(), 2);
+    EXPECT_EQ(menus()[0]->folder.path, menuFolder());
+    EXPECT_EQ(std::tuple(menus()[0]->side, menus()[0]->contents, menus()[0]->titleKind),
+              std::tuple(kSideLeft, kContentsFolder, kTitleColourPicture));
+    EXPECT_EQ(std::tuple(menus()[1]->side, menus()[1]->contents, menus()[1]->titleKind),
+              std::tuple(kSideRight, kContentsProcesses, kTitleFrontApplication));
+    ASSERT_EQ(loginItems.currentUser.size(), 1);
+    EXPECT_EQ(loginItems.currentUser[0].path, loginItems.self);
+    EXPECT_TRUE(alerts.alerts.isEmpty());
+}
+
+TEST_F(PrefsFileTest, AMissingHomeOnlyLeavesItsLinkOut) {
+    qputenv("HOME", env.root() + "/no-such-home");
+    ASSERT_EQ(LoadPreferences(), noErr);
+    EXPECT_EQ(links().size(), 2);
+}
+
+TEST_F(PrefsFileTest, NoPreferencesFolderIsReportedAndStopsTheStart) {
+    qputenv("XDG_CONFIG_HOME", "relative/config"); // ignored, as the base directories say
+    qunsetenv("HOME");
+    EXPECT_EQ(LoadPreferences(), fnfErr);
+    EXPECT_EQ(alerts.alerts.size(), 1);
+    EXPECT_EQ(firstMenuSpec, nullptr);
+    EXPECT_TRUE(loginItems.currentUser.isEmpty());
+}
+
+TEST(StartupVolume, TheClimbStopsAtTheRootOrAfterTenSteps) {
+    EXPECT_EQ(ClimbToStartupVolume("/usr/share/applications"), "/");
+    EXPECT_TRUE(ClimbToStartupVolume("/no/such/folder/anywhere").isEmpty());
+    TempEnvironment env;
+    QByteArray deep = env.root();
+    QList<QByteArray> levels;
+    for (int i = 1; i <= 12; ++i)
+        levels.prepend(deep += "/d" + QByteArray::number(i));
+    ASSERT_TRUE(QDir().mkpath(QFile::decodeName(deep)));
+    // Ten successful lookups from d12 end at d3, short of the root.
+    EXPECT_EQ(ClimbToStartupVolume(deep), levels[9]);
+}
 
 TEST_F(PrefsFileTest, BlocksFillTheRecordsWhateverTheirLengthAndOrder) {
     appleMenuSettings = {kColourBlue, 3, shiftKey, kAreaCentre};
@@ -102,7 +157,7 @@ TEST_F(PrefsFileTest, BlocksFillTheRecordsWhateverTheirLengthAndOrder) {
     EXPECT_TRUE(menus()[1]->folder.path.isEmpty());
     EXPECT_TRUE(menus()[2]->folder.path.isEmpty());
     EXPECT_TRUE(alerts.alerts.isEmpty());
-    EXPECT_FALSE(QDir(QFile::decodeName(env.configHome() + "/Kestrel Menu Items")).exists());
+    EXPECT_FALSE(QDir(QFile::decodeName(menuFolder())).exists()) << "no first run";
 }
 
 TEST_F(PrefsFileTest, WhatCannotBeLoadedIsNamedInOneAlertAndLeftAsItWas) {
@@ -113,29 +168,22 @@ TEST_F(PrefsFileTest, WhatCannotBeLoadedIsNamedInOneAlertAndLeftAsItWas) {
         OSErr status;
         std::function<void(const QByteArray &)> make = nullptr;
     };
+    const auto huge = [](const QByteArray &path) {
+        WriteFile(path, {});
+        ::truncate(path.constData(), 1LL << 30);
+    };
+    const auto pipe = [](const QByteArray &path) { ::mkfifo(path.constData(), 0600); };
+    const auto loop = [](const QByteArray &path) { ::symlink(path.constData(), path.constData()); };
     const Case cases[] = {
         {"no end block", start, eofErr},
-        {"cut inside a tag", start + "ges", eofErr},
         {"cut inside data", start + Block("gese", "\0\1\0", 10), eofErr},
         {"alias longer than the file", start + Block("mals", "abc", 0x7fffffff), eofErr},
         {"negative length", start + Block("gese", {}, -2), paramErr},
         {"skip back onto its own tag", start + Block("zzzz", {}, -8) + End, posErr},
         {"skip back into its header", start + Block("zzzz", {}, -4) + "end!", eofErr},
-        {"over 1 MB (refused at once, never read)",
-         {},
-         fsDataTooBigErr,
-         [](const QByteArray &path) {
-             WriteFile(path, {});
-             ::truncate(path.constData(), 1LL << 30);
-         }},
-        {"a pipe (never waited on)",
-         {},
-         notAFileErr,
-         [](const QByteArray &path) { ::mkfifo(path.constData(), 0600); }},
-        {"a link loop",
-         {},
-         ioErr,
-         [](const QByteArray &path) { ::symlink(path.constData(), path.constData()); }},
+        {"over 1 MB (refused at once, never read)", {}, fsDataTooBigErr, huge},
+        {"a pipe (never waited on)", {}, notAFileErr, pipe},
+        {"a link loop", {}, ioErr, loop},
     };
     const auto identity = [](const QByteArray &path) {
         struct stat info {};
@@ -168,54 +216,33 @@ TEST_F(PrefsFileTest, WhatCannotBeLoadedIsNamedInOneAlertAndLeftAsItWas) {
 TEST_F(PrefsFileTest, SavingWritesTheBlocksByteForByte) {
     appleMenuSettings = {kColourGreen, 2, controlKey, kAreaTop};
     generalSettings = {1, 0, 1, 1, -5};
-    const QByteArray folder = env.root() + "/Menu folder";
-    ASSERT_TRUE(QDir().mkpath(QFile::decodeName(folder)));
-    addMenu(folder)->folderAlias = QByteArray("\x01\x02alias", 7);
+    // The folder image's 63-byte name never splits a character; the path block
+    // keeps every byte.
+    const QByteArray name = QByteArray(61, 'x') + "\xe2\x82\xac\xe2\x82\xac";
+    const FSSpec folder{env.root() + '/' + name};
+    ASSERT_TRUE(QDir().mkpath(QFile::decodeName(folder.path)));
     OSErr status = noErr;
+    AddMenuToPreferences(&status, kSideLeft, kContentsFolder, kTitleColourPicture, &folder)
+        ->folderAlias = QByteArray("\x01\x02alias", 7);
     AddMenuToPreferences(&status, kSideRight, kContentsProcesses, kTitleFrontApplication, nullptr);
     ASSERT_EQ(SavePreferences(), noErr);
 
     struct stat parent {};
     ASSERT_EQ(::stat(env.root().constData(), &parent), 0);
-    QByteArray name(64, '\0');
-    name.replace(0, 12, "\x0bMenu folder");
-    const QByteArray folderImage =
-        BigEndian(std::int16_t(-1 - std::int16_t(parent.st_dev % 32767))) +
-        BigEndian(std::uint32_t(parent.st_ino)) + name;
+    const QByteArray image = BigEndian(std::int16_t(-1 - std::int16_t(parent.st_dev % 32767))) +
+                             BigEndian(std::uint32_t(parent.st_ino)) + '\x3d' + name.left(61) +
+                             QByteArray(2, '\0');
     const QByteArray noLink(4, '\0');
     const QByteArray expected =
         Block("apse",
               "gren" + BigEndian(std::int16_t(2)) + BigEndian(std::uint16_t(controlKey)) + "top ") +
-        Block("mspc", noLink + "leftfoldclap" + folderImage + QByteArray(2, '\0')) +
-        Block("mals", QByteArray("\x01\x02alias", 7)) + Block("mpth", folder) +
+        Block("mspc", noLink + "leftfoldclap" + image + QByteArray(2, '\0')) +
+        Block("mals", QByteArray("\x01\x02alias", 7)) + Block("mpth", folder.path) +
         Block("mspc", noLink + "rghtproccuap" + QByteArray(72, '\0')) +
         Block("gese", Gese(1, 0, -5)) + End;
     EXPECT_EQ(ReadFile(file()).toHex(' '), expected.toHex(' '));
     EXPECT_EQ(QDir(QFile::decodeName(env.configHome())).entryList(QDir::Files).size(), 1)
         << "no temporary file is left behind";
-}
-
-TEST_F(PrefsFileTest, OddFolderNamesRoundTrip) {
-    const QByteArray names[] = {
-        "/srv/two words",
-        "/srv/bad\xff\xfe\x80",
-        "/srv/line\nbreak",
-        "/srv/" + QByteArray(255, 'n'),
-        "/srv/" + QByteArray(61, 'x') + "\xe2\x82\xac\xe2\x82\xac",
-    };
-    for (const QByteArray &path : names)
-        addMenu(path)->folderAlias = path.left(9);
-    ASSERT_EQ(SavePreferences(), noErr);
-    while (firstMenuSpec != nullptr)
-        RemoveMenuFromPreferences(firstMenuSpec);
-    ASSERT_EQ(LoadPreferences(), noErr);
-    ASSERT_EQ(menus().size(), qsizetype(std::size(names)));
-    for (qsizetype i = 0; i < menus().size(); ++i) {
-        EXPECT_EQ(menus()[i]->folder.path, names[i]);
-        EXPECT_EQ(menus()[i]->folderAlias, names[i].left(9));
-    }
-    // The 63-byte name of the folder image never splits a character.
-    EXPECT_EQ(MakeFSSpecImage(FSSpec{names[4]}).name[0], 61);
 }
 
 TEST_F(PrefsFileTest, OnlyTemporaryFilesOfEarlierSavesAreRemoved) {
