@@ -49,7 +49,7 @@ install: build
 	@cmake --install $(BUILD)
 
 package: build
-	@cd $(BUILD) && cpack -G DEB >/dev/null && ls -1 $(CURDIR)/$(BUILD)/kestrel-menu_*.deb
+	@cd $(BUILD) && cpack -G DEB >/dev/null && ls -1 $(CURDIR)/$(BUILD)/kestrel-menu*_*.*deb
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
