@@ -50,42 +50,32 @@ protected:
         return environment;
     }
 
-    // As root the program runs without the power to pass over file
-    // permissions, so that read-only and unreadable mean what they mean to users.
-    QProcess *startProgram(const QProcessEnvironment &environment) {
-        if (::geteuid() != 0)
-            return session.start(QStringLiteral(KESTREL_PROGRAM), {}, environment);
-        return session.start(QStringLiteral("setpriv"),
-                             {QStringLiteral("--inh-caps=-dac_override,-dac_read_search"),
-                              QStringLiteral("--bounding-set=-dac_override,-dac_read_search"),
-                              QStringLiteral(KESTREL_PROGRAM)},
-                             environment);
-    }
-    QProcess *startProgram() { return startProgram(environment()); }
-    // Started, and past start-up.
-    QProcess *startRunning(const QProcessEnvironment &environment) {
-        QProcess *program = startProgram(environment);
+    // As root the program runs without the power to pass over file permissions,
+    // so that read-only and unreadable mean what they mean to users. `running`:
+    // returns once it is past start-up.
+    QProcess *startProgram(QProcessEnvironment environment = {}, bool running = true) {
+        QStringList command{QStringLiteral(KESTREL_PROGRAM)};
+        if (::geteuid() == 0)
+            command = QStringList{QStringLiteral("setpriv"),
+                                  QStringLiteral("--inh-caps=-dac_override,-dac_read_search"),
+                                  QStringLiteral("--bounding-set=-dac_override,-dac_read_search")} +
+                      command;
+        QProcess *program =
+            session.start(command.takeFirst(), command,
+                          environment.isEmpty() ? this->environment() : environment);
         QByteArray log;
-        EXPECT_TRUE(waitForLog(program, "running", &log)) << log.constData();
+        EXPECT_TRUE(!running || waitForLog(program, "running", &log)) << log.constData();
         return program;
     }
-    QProcess *startRunning() { return startRunning(environment()); }
-
     // Collects what the program wrote to standard error until `text` shows.
     static bool waitForLog(QProcess *program, const QByteArray &text, QByteArray *log) {
-        return WaitFor(
-            [&] {
-                *log += program->readAllStandardError();
-                return log->contains(text);
-            },
-            15000);
+        return WaitFor([&] { return log->append(program->readAllStandardError()).contains(text); },
+                       15000);
     }
     bool alertShown() const {
-        return !session
-                    .run(QStringLiteral("xdotool"),
-                         {QStringLiteral("search"), QStringLiteral("--name"),
-                          QStringLiteral("^Kestrel Menu$")})
-                    .isEmpty();
+        const QStringList search{QStringLiteral("search"), QStringLiteral("--name"),
+                                 QStringLiteral("^Kestrel Menu$")};
+        return !session.run(QStringLiteral("xdotool"), search).isEmpty();
     }
     // Quits as a logout does; the program must not make it wait.
     static void quit(QProcess *program) {
@@ -119,7 +109,7 @@ TEST_F(LifecycleTest, QuittingNeverWaitsAndSettingsThatCannotBeSavedAreNotified)
     // others read it back and save the same bytes.
     QByteArray saved;
     for (int signal : {SIGINT, SIGHUP, SIGTERM}) {
-        QProcess *program = startRunning();
+        QProcess *program = startProgram();
         ::kill(pid_t(program->processId()), signal);
         ASSERT_TRUE(program->waitForFinished(5000) && program->exitCode() == 0) << signal;
         EXPECT_TRUE(saved.isEmpty() || ReadFile(prefsFile()) == saved) << signal;
@@ -168,7 +158,7 @@ TEST_F(LifecycleTest, QuittingNeverWaitsAndSettingsThatCannotBeSavedAreNotified)
         }
         const auto before = identity();
         const qsizetype notifiedBefore = notifications.received.size();
-        QProcess *program = c.outcome == ReportedAtStart ? startProgram() : startRunning();
+        QProcess *program = startProgram({}, c.outcome != ReportedAtStart);
         EXPECT_TRUE(c.outcome != ReportedAtStart || WaitFor([&] { return alertShown(); }));
         quit(program);
         if (c.outcome == Notified) {
@@ -214,8 +204,8 @@ TEST_F(LifecycleTest, OneCopyPerUserAndSettingsWhateverTheEnvironment) {
         if (!c.secondHasRuntime)
             second.remove(QStringLiteral("XDG_RUNTIME_DIR"));
         second.insert(QStringLiteral("XDG_CONFIG_HOME"), QFile::decodeName(c.secondConfig));
-        QProcess *running = startRunning(first);
-        QProcess *another = startProgram(second);
+        QProcess *running = startProgram(first);
+        QProcess *another = startProgram(second, false);
         ASSERT_TRUE(another->waitForFinished(5000)) << c.what;
         EXPECT_EQ(another->exitCode(), 0);
         EXPECT_TRUE(another->readAllStandardError().contains("already running")) << c.what;
@@ -229,7 +219,7 @@ TEST_F(LifecycleTest, ALockThatCannotBeMadeIsReportedAndNothingRuns) {
     WriteFile(env.root() + "/not-a-folder", "");
     environment.insert(QStringLiteral("XDG_CACHE_HOME"),
                        QFile::decodeName(env.root() + "/not-a-folder"));
-    QProcess *program = startProgram(environment);
+    QProcess *program = startProgram(environment, false);
     ASSERT_TRUE(WaitFor([&] { return alertShown(); }));
     session.run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("Return")});
     ASSERT_TRUE(program->waitForFinished(5000));
@@ -246,7 +236,7 @@ TEST_F(LifecycleTest, AMountAndAnUnmountReachTheRunningProgram) {
         GTEST_SKIP() << "cannot mount a tmpfs here: run as root to check mount events";
     ::umount(point);
 
-    QProcess *program = startRunning();
+    QProcess *program = startProgram();
     QByteArray log;
     ASSERT_EQ(::mount("kestrel-test", point, "tmpfs", 0, "size=64k"), 0);
     EXPECT_TRUE(waitForLog(program, "volume mounted: " + point, &log)) << log.constData();
