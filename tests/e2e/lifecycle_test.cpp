@@ -1,6 +1,7 @@
-// The whole program under a private desktop: quitting, settings that cannot be
-// saved, one copy at a time, and mount events. (A damaged preferences file is
-// part of the whole-life test.)
+// The whole program under a private desktop: the first start, quitting,
+// settings that cannot be saved, a damaged settings file, one copy at a time,
+// and mount events.
+#include "core/desktopentry.h"
 #include "tests/support/desktopsession.h"
 #include "tests/support/tempenvironment.h"
 
@@ -72,10 +73,19 @@ protected:
         return WaitFor([&] { return log->append(program->readAllStandardError()).contains(text); },
                        15000);
     }
-    bool alertShown() const {
-        const QStringList search{QStringLiteral("search"), QStringLiteral("--name"),
-                                 QStringLiteral("^Kestrel Menu$")};
-        return !session.run(QStringLiteral("xdotool"), search).isEmpty();
+    QList<QByteArray> windows(const QString &name) const {
+        const QStringList search{QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                 QStringLiteral("--name"), name};
+        return session.run(QStringLiteral("xdotool"), search).trimmed().split('\n');
+    }
+    // An alert of the program's, in front, with the keyboard.
+    bool alertInFront() const {
+        const QByteArray active =
+            session.run(QStringLiteral("xdotool"), {QStringLiteral("getactivewindow")}).trimmed();
+        return !active.isEmpty() && windows(QStringLiteral("^Kestrel Menu$")).contains(active);
+    }
+    void key(const QString &name) const {
+        session.run(QStringLiteral("xdotool"), {QStringLiteral("key"), name});
     }
     // Quits as a logout does; the program must not make it wait.
     static void quit(QProcess *program) {
@@ -116,6 +126,12 @@ TEST_F(LifecycleTest, QuittingNeverWaitsAndSettingsThatCannotBeSavedAreNotified)
         saved = ReadFile(prefsFile());
     }
     ASSERT_TRUE(saved.endsWith(QByteArray("end!\0\0\0\0", 8)));
+    // The first run made the menu folder and the login item of this very program.
+    EXPECT_EQ(configEntries(env.configHome() + "/Kestrel Menu Items").size(), 3);
+    const auto autostart = DesktopEntry::read(env.configHome() + "/autostart/kestrel-menu.desktop");
+    const QByteArray self = QFileInfo(QStringLiteral(KESTREL_PROGRAM)).canonicalFilePath().toUtf8();
+    EXPECT_EQ(autostart.value().execProgram(), self);
+    EXPECT_EQ(autostart.value().value(QStringLiteral("TryExec")), QFile::decodeName(self));
     const QByteArray config = env.configHome();
     const QByteArray target = env.root() + "/dotfiles/kestrel";
     enum Outcome { Notified, WrittenThroughTheLink, ReportedAtStart };
@@ -159,7 +175,7 @@ TEST_F(LifecycleTest, QuittingNeverWaitsAndSettingsThatCannotBeSavedAreNotified)
         const auto before = identity();
         const qsizetype notifiedBefore = notifications.received.size();
         QProcess *program = startProgram({}, c.outcome != ReportedAtStart);
-        EXPECT_TRUE(c.outcome != ReportedAtStart || WaitFor([&] { return alertShown(); }));
+        EXPECT_TRUE(c.outcome != ReportedAtStart || WaitFor([&] { return alertInFront(); }));
         quit(program);
         if (c.outcome == Notified) {
             EXPECT_TRUE(WaitFor([&] { return notifications.received.size() > notifiedBefore; }))
@@ -179,6 +195,31 @@ TEST_F(LifecycleTest, QuittingNeverWaitsAndSettingsThatCannotBeSavedAreNotified)
     EXPECT_EQ(ReadFile(target), saved);
 }
 
+TEST_F(LifecycleTest, ADamagedSettingsFileCostsOneChoice) {
+    quit(startProgram());
+    const QByteArray damaged = ReadFile(prefsFile()).chopped(5);
+    WriteFile(prefsFile(), damaged);
+    // "Quit", the default, leaves the file byte for byte.
+    QProcess *program = startProgram({}, false);
+    ASSERT_TRUE(WaitFor([&] { return alertInFront(); }));
+    key(QStringLiteral("Return"));
+    ASSERT_TRUE(program->waitForFinished(5000));
+    EXPECT_EQ(ReadFile(prefsFile()), damaged);
+    // "Start with Default Settings" keeps the damaged bytes under another name
+    // and starts as the first time did, with one title.
+    program = startProgram({}, false);
+    ASSERT_TRUE(WaitFor([&] { return alertInFront(); }));
+    key(QStringLiteral("s"));
+    const QString title = QStringLiteral("^Kestrel Menu title$");
+    ASSERT_TRUE(WaitFor([&] { return !windows(title).value(0).isEmpty(); }));
+    EXPECT_EQ(windows(title).size(), 1);
+    const QStringList kept = configEntries(env.configHome()).filter(QStringLiteral("(damaged "));
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(ReadFile(env.configHome() + '/' + QFile::encodeName(kept[0])), damaged);
+    quit(program);
+    EXPECT_TRUE(ReadFile(prefsFile()).startsWith("apse"));
+}
+
 TEST_F(LifecycleTest, OneCopyPerUserAndSettingsWhateverTheEnvironment) {
     const QByteArray link = env.root() + "/config-link";
     ASSERT_EQ(::symlink(env.configHome(), link), 0);
@@ -189,7 +230,6 @@ TEST_F(LifecycleTest, OneCopyPerUserAndSettingsWhateverTheEnvironment) {
         QByteArray secondConfig;
     };
     const Case cases[] = {
-        {"the same environment", 0700, true, true, env.configHome()},
         {"a trailing slash", 0700, true, true, env.configHome() + '/'},
         {"the folder through a link", 0700, true, true, link},
         {"no run-time folder for the second", 0700, true, false, env.configHome()},
@@ -220,8 +260,8 @@ TEST_F(LifecycleTest, ALockThatCannotBeMadeIsReportedAndNothingRuns) {
     environment.insert(QStringLiteral("XDG_CACHE_HOME"),
                        QFile::decodeName(env.root() + "/not-a-folder"));
     QProcess *program = startProgram(environment, false);
-    ASSERT_TRUE(WaitFor([&] { return alertShown(); }));
-    session.run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("Return")});
+    ASSERT_TRUE(WaitFor([&] { return alertInFront(); }));
+    key(QStringLiteral("Return"));
     ASSERT_TRUE(program->waitForFinished(5000));
     EXPECT_EQ(program->exitCode(), 0);
     EXPECT_TRUE(program->readAllStandardError().contains("cannot make the lock"));

@@ -147,14 +147,6 @@ TEST_F(AutostartFoldersTest, CopiesAreToldApartByTheFileNotThePath) {
     EXPECT_FALSE(autostart.isThisProgram(env.root() + "/copy/kestrel-menu"));
     EXPECT_TRUE(autostart.isKestrelMenuProgram(env.root() + "/copy/kestrel-menu"));
     EXPECT_FALSE(autostart.isKestrelMenuProgram(env.root() + "/plain/kestrel-menu"));
-
-    WriteFile(env.systemConfig() + "/autostart/agent.desktop",
-              "[Desktop Entry]\nType=Application\nName=Agent\nExec=agent-binary %U\n"
-              "X-Kestrel-Hide=true\n");
-    EXPECT_STREQ(ReturnLoginItemPropertyAtIndex(kLoginItemsAnyUser, kLoginItemPath, 0),
-                 "agent-binary")
-        << "a name not on PATH stays as written";
-    EXPECT_STREQ(ReturnLoginItemPropertyAtIndex(kLoginItemsAnyUser, kLoginItemHide, 0), "true");
 }
 
 } // namespace

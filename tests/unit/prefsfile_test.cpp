@@ -98,15 +98,6 @@ TEST_F(PrefsFileTest, NoFileIsAFirstRunMenuFolderTwoMenusAndALoginItem) {
     EXPECT_TRUE(alerts.alerts.isEmpty());
 }
 
-TEST_F(PrefsFileTest, NoPreferencesFolderIsReportedAndStopsTheStart) {
-    qputenv("XDG_CONFIG_HOME", "relative/config"); // ignored, as the base directories say
-    qunsetenv("HOME");
-    EXPECT_EQ(LoadPreferences(), fnfErr);
-    EXPECT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(firstMenuSpec, nullptr);
-    EXPECT_TRUE(loginItems.currentUser.isEmpty());
-}
-
 TEST(StartupVolume, TheClimbStopsAtTheRootOrAfterTenSteps) {
     EXPECT_EQ(ClimbToStartupVolume("/usr/share/applications"), "/");
     EXPECT_TRUE(ClimbToStartupVolume("/no/such/folder/anywhere").isEmpty());
@@ -166,10 +157,8 @@ TEST_F(PrefsFileTest, WhatCannotBeLoadedIsNamedInOneAlertAndLeftAsItWas) {
     const Case cases[] = {
         {"no end block", start, eofErr},
         {"cut inside data", start + Block("gese", "\0\1\0", 10), eofErr},
-        {"alias longer than the file", start + Block("mals", "abc", 0x7fffffff), eofErr},
         {"negative length", start + Block("gese", {}, -2), paramErr},
         {"skip back onto its own tag", start + Block("zzzz", {}, -8) + End, posErr},
-        {"skip back into its header", start + Block("zzzz", {}, -4) + "end!", eofErr},
         {"over 1 MB (refused at once, never read)", {}, fsDataTooBigErr, huge},
         {"a pipe (never waited on)", {}, notAFileErr, pipe},
         {"a link loop", {}, ioErr, loop},
