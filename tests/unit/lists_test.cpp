@@ -1,10 +1,8 @@
 #include "core/lists.h"
-#include "platform/doubles/fakealerts.h"
-#include "tests/support/installed.h"
 
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <algorithm>
 
 namespace {
 
@@ -42,14 +40,6 @@ TEST(Lists, EditsLinkAndUnlinkWhereTheyShould) {
         EXPECT_EQ(CountLinkedListItems(head), long(names.size())) << edit;
         EXPECT_EQ(GetLinkedListItem(&head, 2), named(expected[1])) << edit;
     }
-}
-
-TEST(MemoryBlocks, AShortageIsReportedAndGivesNull) {
-    Installed<platform::FakeAlerts, platform::Alerts> alerts;
-    OSErr err = noErr;
-    EXPECT_EQ(AllocHandle(&err, std::numeric_limits<Size>::max() / 2), nullptr);
-    EXPECT_EQ(err, memFullErr);
-    ASSERT_EQ(alerts.alerts.size(), 1);
 }
 
 } // namespace

@@ -69,25 +69,6 @@ TEST_F(OpenAtLoginTest, ExactlyOneEntryForThisCopyWhileOnNoneWhileOff) {
     }
 }
 
-TEST_F(OpenAtLoginTest, PropertiesByIndex) {
-    const LoginItemsUser user = kLoginItemsCurrentUser, someoneElse = 7;
-    store.currentUser = {LoginItem{QStringLiteral("a"), "/usr/lib/tool/run/", true},
-                         LoginItem{QStringLiteral("b"), "///", std::nullopt}};
-    EXPECT_STREQ(ReturnLoginItemPropertyAtIndex(user, kLoginItemName, 0), "run");
-    EXPECT_STREQ(ReturnLoginItemPropertyAtIndex(user, kLoginItemHide, 0), "true");
-    for (const auto &[who, property, index] : {std::tuple(user, int(kLoginItemName), 1),
-                                               {user, kLoginItemHide, 1},
-                                               {user, 0, 0},
-                                               {user, 4, 0},
-                                               {user, kLoginItemPath, -1},
-                                               {user, kLoginItemPath, 2},
-                                               {someoneElse, kLoginItemPath, 0}})
-        EXPECT_EQ(ReturnLoginItemPropertyAtIndex(who, property, index), nullptr)
-            << property << index;
-    EXPECT_FALSE(RemoveLoginItemAtIndex(user, 2)) << "index equal to the count";
-    EXPECT_FALSE(AddLoginItemWithPropertiesToUser(someoneElse, "/bin/x", false));
-}
-
 // The same rules on the real autostart folders.
 class AutostartFoldersTest : public ::testing::Test {
 protected:
