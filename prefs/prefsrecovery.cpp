@@ -133,7 +133,7 @@ OSErr OfferDefaultSettings(const QByteArray &prefsFile, OSErr status, bool damag
     platform::Alert alert;
     alert.status = status;
     alert.headline = (damaged ? Tr("The settings file “%1” is damaged.")
-                             : Tr("The settings file “%1” cannot be read."))
+                              : Tr("The settings file “%1” cannot be read."))
                          .arg(ShownPath(prefsFile));
     alert.explanation =
         Tr("Quit to repair the file or put back a copy of it. Or start with the default "
