@@ -12,7 +12,8 @@
 int main(int argc, char *argv[]) {
     // Checked before anything else so that a second copy touches nothing.
     SingleInstance instance;
-    if (!instance.acquire()) {
+    const SingleInstance::Outcome lock = instance.acquire();
+    if (lock == SingleInstance::Outcome::HeldByAnother) {
         std::fprintf(stderr, "kestrel-menu: already running for these settings; not starting "
                              "another copy\n");
         return 0;
@@ -36,6 +37,9 @@ int main(int argc, char *argv[]) {
     InstallMenuStyle();
 
     const PlatformServices services;
-    RunKestrelMenu();
+    if (lock == SingleInstance::Outcome::Failed)
+        instance.reportFailure();
+    else
+        RunKestrelMenu();
     return 0;
 }

@@ -107,6 +107,9 @@ std::optional<QByteArray> XdgAutostart::entryText(const QByteArray &program, boo
                       "Comment=Folder menus at the left end of the top bar\n"
                       "Icon=kestrel-menu\n"
                       "Terminal=false\n";
+    // Once the program is uninstalled the desktop skips the entry instead of
+    // failing to start it at every login.
+    text += "TryExec=" + EscapeDesktopValue(program) + '\n';
     text += "Exec=" + EscapeDesktopValue(*exec) + '\n';
     text += QByteArray(kHideKey) + '=' + (hide ? "true" : "false") + '\n';
     return text;

@@ -3,10 +3,10 @@
 #include "core/errors.h"
 #include "core/folders.h"
 #include "core/lists.h"
+#include "core/safefile.h"
 #include "prefs/prefsimages.h"
+#include "prefs/prefsrecovery.h"
 
-#include <QCoreApplication>
-#include <QFile>
 #include <QtEndian>
 
 #include <cerrno>
@@ -67,20 +67,6 @@ off_t BytesLeft(int refNum) {
     return info.st_size > here ? info.st_size - here : 0;
 }
 
-// Opens the file for reading; only a regular file counts (a folder or a pipe
-// of that name is treated as no file at all).
-int OpenForReading(const QByteArray &path) {
-    const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd < 0)
-        return -1;
-    struct stat info {};
-    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
-        ::close(fd);
-        return -1;
-    }
-    return fd;
-}
-
 // Reads a variable-sized block ("mals", "mpth") into `bytes`. A negative
 // length or one past the end of the file is an error; nothing larger than
 // what the file still holds is ever allocated.
@@ -97,24 +83,6 @@ OSErr LoadBytes(int refNum, std::int32_t length, QByteArray *bytes) {
     bytes->resize(length);
     return LoadPreference(refNum, length, bytes->data(), length);
 }
-
-class ErrorContextScope {
-public:
-    explicit ErrorContextScope(const QByteArray &text) {
-        Str255 context;
-        SetPString(context, std::string_view(text.constData(), std::size_t(text.size())));
-        added_ = AddErrorContext(context);
-    }
-    ~ErrorContextScope() {
-        if (added_)
-            RemoveErrorContext();
-    }
-    ErrorContextScope(const ErrorContextScope &) = delete;
-    ErrorContextScope &operator=(const ErrorContextScope &) = delete;
-
-private:
-    bool added_ = false;
-};
 
 OSErr ReadBlocks(int refNum) {
     OSErr status = noErr;
@@ -233,17 +201,26 @@ OSErr LoadPreferences() {
     FSSpec file;
     if (OSErr err = GetPrefsFile(&file); err != noErr)
         return err;
-    const int refNum = OpenForReading(file.path);
-    if (refNum < 0)
-        return SetDefaultPreferences();
+    RemoveInterruptedSaves(file.path);
 
-    const ErrorContextScope context(
-        QCoreApplication::translate("Preferences", "While reading the preferences file “%1”:")
-            .arg(QFile::decodeName(file.path))
-            .toUtf8());
-    const OSErr status = ReadBlocks(refNum);
-    ::close(refNum);
-    return status;
+    // Only a small regular file is read, and nothing can make the open wait.
+    OSErr status = noErr;
+    const int refNum = OpenRegularFile(file.path, kSmallFileLimit, &status);
+    if (refNum < 0 && status == fnfErr)
+        return SetDefaultPreferences();
+    if (refNum >= 0) {
+        // The statuses of the read still pass through TestError, quietly: the
+        // one alert comes after, and offers a way forward.
+        OSErr hidden = noErr;
+        const bool hiding = HideErrors(&hidden);
+        status = ReadBlocks(refNum);
+        if (hiding)
+            ShowErrors();
+        ::close(refNum);
+    }
+    if (status == noErr)
+        return noErr;
+    return OfferDefaultSettings(file.path, status, refNum >= 0 || status == fsDataTooBigErr);
 }
 
 OSErr SavePreference(int refNum, OSType tag, const void *data, std::int32_t length) {
@@ -257,19 +234,18 @@ OSErr SavePreference(int refNum, OSType tag, const void *data, std::int32_t leng
     return err;
 }
 
-OSErr SavePreferences() {
-    FSSpec file;
-    if (OSErr err = GetPrefsFile(&file); err != noErr)
-        return err;
+namespace {
 
-    // Written beside the old file and renamed over it only when complete.
-    QByteArray temporary = file.path + ".XXXXXX";
+// Written beside the file the name leads to (through any link) and renamed
+// over it only when complete, with the mode the user gave the old one.
+OSErr WriteSettings(const QByteArray &target) {
+    QByteArray temporary = target + ".XXXXXX";
     const int refNum = ::mkostemp(temporary.data(), O_CLOEXEC);
-    if (refNum < 0) {
-        const OSErr err = OSErrFromErrno(errno);
-        TestError(err);
-        return err;
-    }
+    if (refNum < 0)
+        return OSErrFromErrno(errno);
+    struct stat previous {};
+    if (::stat(target.constData(), &previous) == 0)
+        ::fchmod(refNum, previous.st_mode & 07777);
 
     AppleMenuSettings apse = appleMenuSettings;
     ToSaveAppleMenuSettings(&apse);
@@ -303,9 +279,22 @@ OSErr SavePreferences() {
         status = OSErrFromErrno(errno);
     if (::close(refNum) != 0 && status == noErr)
         status = OSErrFromErrno(errno);
-    if (status == noErr && ::rename(temporary.constData(), file.path.constData()) != 0)
+    if (status == noErr && ::rename(temporary.constData(), target.constData()) != 0)
         status = OSErrFromErrno(errno);
     if (status != noErr)
         ::unlink(temporary.constData());
     return status;
+}
+
+} // namespace
+
+OSErr SavePreferences() {
+    QByteArray folder;
+    OSErr err = FindPreferencesFolder(&folder, true);
+    const QByteArray path = JoinPath(folder, kPrefsFileName);
+    if (err == noErr)
+        err = WriteSettings(FinalTarget(path));
+    if (err != noErr)
+        ReportFailedSave(path, err);
+    return err;
 }

@@ -21,13 +21,16 @@ inline constexpr OSType kEndTag = FourCC("end!");
 OSErr GetPrefsFile(FSSpec *spec);
 
 // Reads the file over the settings records, or installs the first-run defaults
-// when it cannot be opened. Non-zero means start-up must stop.
+// when there is none. A file that cannot be read or is damaged gets an alert
+// that offers the defaults in its place. Non-zero means start-up must stop.
 OSErr LoadPreferences();
 // Reads one block's data (its header already read): `blockLength` bytes, or
 // `capacity` bytes and a skip over the rest.
 OSErr LoadPreference(int refNum, std::int32_t blockLength, void *buffer, std::int32_t capacity);
 
-// Writes every setting to a new file that replaces the old one only once it is
-// complete, so a failed save leaves the previous file as it was.
+// Writes every setting to a new file that replaces the old one (the file a
+// link leads to, when the name is a link) only once it is complete, so a
+// failed save leaves the previous file as it was. A failure is logged and
+// notified, never shown in an alert.
 OSErr SavePreferences();
 OSErr SavePreference(int refNum, OSType tag, const void *data, std::int32_t length);

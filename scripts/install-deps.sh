@@ -15,6 +15,8 @@ packages=(
     xvfb xauth openbox dbus-daemon
     # tests and screenshots
     xdotool x11-utils imagemagick desktop-file-utils dpkg-dev python3 shared-mime-info
+    # packaging checks
+    lintian appstream
 )
 
 # The demo on a virtual display (make run without a display) also shows what a

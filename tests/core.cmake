@@ -2,8 +2,6 @@ kestrel_add_test(NAME core_lists_test TIER unit
     SOURCES unit/lists_test.cpp LIBS kestrel_core kestrel_doubles)
 kestrel_add_test(NAME core_errors_test TIER unit
     SOURCES unit/errors_test.cpp LIBS kestrel_core kestrel_doubles)
-kestrel_add_test(NAME core_settings_test TIER unit
-    SOURCES unit/settings_test.cpp LIBS kestrel_core kestrel_doubles)
 kestrel_add_test(NAME core_alias_test TIER unit
     SOURCES unit/alias_test.cpp LIBS kestrel_core)
 kestrel_add_test(NAME core_openatlogin_test TIER unit

@@ -1,12 +1,5 @@
 kestrel_add_test(NAME e2e_lifecycle_test TIER e2e TIMEOUT 240
-    SOURCES e2e/lifecycle_test.cpp LIBS Qt6::Core)
+    SOURCES e2e/lifecycle_test.cpp LIBS kestrel_core Qt6::DBus)
 target_compile_definitions(e2e_lifecycle_test PRIVATE
     KESTREL_PROGRAM="$<TARGET_FILE:kestrel-menu>")
 add_dependencies(e2e_lifecycle_test kestrel-menu)
-
-kestrel_add_test(NAME e2e_wholelife_test TIER e2e TIMEOUT 240
-    SOURCES e2e/wholelife_test.cpp LIBS kestrel_core Qt6::DBus)
-target_compile_definitions(e2e_wholelife_test PRIVATE
-    KESTREL_PROGRAM="$<TARGET_FILE:kestrel-menu>"
-    KESTREL_FAKE_FILEMANAGER="$<TARGET_FILE:kestrel_fake_filemanager>")
-add_dependencies(e2e_wholelife_test kestrel-menu kestrel_fake_filemanager)

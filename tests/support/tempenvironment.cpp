@@ -24,8 +24,9 @@ void RemoveTree(const QByteArray &root) {
         16, FTW_DEPTH | FTW_PHYS);
 }
 
-constexpr const char *kVariables[] = {"HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS",
-                                      "XDG_RUNTIME_DIR", "XDG_DATA_HOME"};
+constexpr const char *kVariables[] = {
+    "HOME",          "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_RUNTIME_DIR",
+    "XDG_DATA_HOME", "XDG_CACHE_HOME"};
 } // namespace
 
 TempEnvironment::TempEnvironment() {
@@ -45,6 +46,7 @@ TempEnvironment::TempEnvironment() {
     qputenv("XDG_CONFIG_DIRS", systemConfig());
     qputenv("XDG_RUNTIME_DIR", runtimeDir());
     qputenv("XDG_DATA_HOME", root() + "/home/.local/share");
+    qputenv("XDG_CACHE_HOME", root() + "/home/.cache");
 }
 
 TempEnvironment::~TempEnvironment() {
@@ -79,6 +81,8 @@ QProcessEnvironment TempEnvironment::processEnvironment() const {
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), QFile::decodeName(configHome()));
     environment.insert(QStringLiteral("XDG_CONFIG_DIRS"), QFile::decodeName(systemConfig()));
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QFile::decodeName(runtimeDir()));
+    environment.insert(QStringLiteral("XDG_CACHE_HOME"),
+                       QFile::decodeName(root() + "/home/.cache"));
     environment.insert(QStringLiteral("XDG_DATA_HOME"),
                        QFile::decodeName(root() + "/home/.local/share"));
     return environment;
