@@ -2,10 +2,12 @@
 
 #include "platform/dbusfilemanager.h"
 #include "platform/giolauncher.h"
+#include "platform/giotrustmarks.h"
 #include "platform/messageboxalerts.h"
 #include "platform/mountinfo.h"
 #include "platform/procfsprocesses.h"
 #include "platform/service.h"
+#include "platform/startupidtokens.h"
 #include "platform/x11frontwindow.h"
 #include "platform/x11titlewindows.h"
 #include "platform/xcbpointer.h"
@@ -21,6 +23,8 @@ struct PlatformServices::Implementations {
     platform::DBusFileManager fileManager;
     platform::GioLauncher launcher;
     platform::ProcFsProcesses processes;
+    platform::GioTrustMarks trustMarks;
+    platform::StartupIdTokens activationTokens;
 };
 
 PlatformServices::PlatformServices() : implementations_(std::make_unique<Implementations>()) {
@@ -33,6 +37,8 @@ PlatformServices::PlatformServices() : implementations_(std::make_unique<Impleme
     platform::install<platform::FileManager>(&implementations_->fileManager);
     platform::install<platform::Launcher>(&implementations_->launcher);
     platform::install<platform::Processes>(&implementations_->processes);
+    platform::install<platform::TrustMarks>(&implementations_->trustMarks);
+    platform::install<platform::ActivationTokens>(&implementations_->activationTokens);
 }
 
 PlatformServices::~PlatformServices() {
@@ -45,4 +51,6 @@ PlatformServices::~PlatformServices() {
     platform::install<platform::FileManager>(nullptr);
     platform::install<platform::Launcher>(nullptr);
     platform::install<platform::Processes>(nullptr);
+    platform::install<platform::TrustMarks>(nullptr);
+    platform::install<platform::ActivationTokens>(nullptr);
 }

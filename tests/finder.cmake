@@ -1,6 +1,6 @@
 # The file manager requests, application lookup and the choosers.
 kestrel_add_test(NAME finder_events_test TIER unit
-    SOURCES unit/finderevents_test.cpp LIBS kestrel_core kestrel_doubles)
+    SOURCES unit/finderevents_test.cpp LIBS kestrel_gui kestrel_doubles)
 
 # A file manager for the tests: owns org.freedesktop.FileManager1 and records
 # every call; with --program, records how it was started, as an application.
@@ -13,6 +13,6 @@ add_dependencies(finder_filemanager_test kestrel_fake_filemanager)
 target_compile_definitions(finder_filemanager_test PRIVATE
     KESTREL_FAKE_FILEMANAGER="$<TARGET_FILE:kestrel_fake_filemanager>")
 kestrel_add_test(NAME finder_applications_test TIER unit
-    SOURCES unit/finderapplications_test.cpp LIBS kestrel_core kestrel_doubles)
+    SOURCES unit/finderapplications_test.cpp LIBS kestrel_gui kestrel_doubles)
 kestrel_add_test(NAME finder_choosers_test TIER widget
     SOURCES widget/finderchoosers_test.cpp LIBS kestrel_gui kestrel_doubles)
