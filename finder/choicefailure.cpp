@@ -59,8 +59,8 @@ void ReportFailedChoice(FinderAction action, const FSSpec &file, OSErr err) {
     const QString name = ItemName(file.path);
     FSSpec target = file;
     ResolveAliasFile(&target, true, nullptr, nullptr);
-    const QString openWith = Tr("Open With…");
-    const QString showInFolder = Tr("Show in Folder");
+    const QString openWith = Tr("&Open With…");
+    const QString showInFolder = Tr("&Show in Folder");
     QString headline;
     QStringList actions;
     if (const auto pointsTo = BrokenLinkTarget(file.path)) {

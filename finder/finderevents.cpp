@@ -127,8 +127,9 @@ OSErr OpenItem(const QByteArray &path) {
 OSErr OpenItems(const QList<QByteArray> &items, bool isAlternateFinder) {
     QList<QByteArray> folders;
     for (const QByteArray &item : items) {
+        // A broken link has nothing to open.
         struct stat info;
-        if (::lstat(item.constData(), &info) != 0)
+        if (::stat(item.constData(), &info) != 0)
             return OSErrFromErrno(errno);
         if (IsPlainFolder(item)) {
             folders.append(item);

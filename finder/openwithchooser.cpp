@@ -2,6 +2,7 @@
 
 #include "titles/userinteraction.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QDialog>
@@ -9,6 +10,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QStyle>
 #include <QVBoxLayout>
 
 namespace {
@@ -53,6 +55,8 @@ ApplicationChoice ChooseApplication(const QString &itemName, const platform::Fil
     }
     AddApplications(list, others);
     list->setCurrentRow(0);
+    list->setMinimumSize(list->fontMetrics().averageCharWidth() * 44,
+                         list->fontMetrics().height() * 16);
     label->setBuddy(list);
     layout->addWidget(list);
 

@@ -69,6 +69,23 @@ QString ProgramTitle(const std::optional<RunningProcess> &process) {
     return title;
 }
 
+QDBusMessage BusMessage(const QString &method, const QVariantList &arguments) {
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), method);
+    message.setArguments(arguments);
+    return message;
+}
+
+// A question to the bus itself, answered within a short time or not at all.
+QVariantList BusCall(QDBusConnection &connection, const QString &method,
+                     const QVariantList &arguments) {
+    constexpr int kStartTimeoutMs = 3000;
+    const QDBusMessage reply =
+        connection.call(BusMessage(method, arguments), QDBus::Block, kStartTimeoutMs);
+    return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments() : QVariantList();
+}
+
 OSErr StatusOf(GError *error) {
     const OSErr err = OSErrFromGioError(error->domain, error->code);
     g_error_free(error);
@@ -138,22 +155,27 @@ DBusFileManager::DBusFileManager(QDBusConnection connection)
     QObject::connect(
         &watcher_, &QDBusServiceWatcher::serviceOwnerChanged, &context_,
         [this](const QString &, const QString &, const QString &owner) { ownerChanged(owner); });
-    // Where things stand at start; from then on the watch keeps it.
-    askBus(QStringLiteral("GetNameOwner"), {ServiceName()}, [this](const QDBusMessage &reply) {
-        ownerChanged(reply.arguments().value(0).toString());
-    });
-    askBus(QStringLiteral("ListActivatableNames"), {}, [this](const QDBusMessage &reply) {
-        activatable_ = reply.arguments().value(0).toStringList().contains(ServiceName());
-    });
+    // Where things stand is asked once, at start, and waited for: the first
+    // choice may come at once. From then on the watch keeps it.
+    activatable_ = BusCall(connection_, QStringLiteral("ListActivatableNames"), {})
+                       .value(0)
+                       .toStringList()
+                       .contains(ServiceName());
+    const QString owner =
+        BusCall(connection_, QStringLiteral("GetNameOwner"), {ServiceName()}).value(0).toString();
+    if (!owner.isEmpty()) {
+        owner_ = owner;
+        pid_ = BusCall(connection_, QStringLiteral("GetConnectionUnixProcessID"), {owner})
+                   .value(0)
+                   .toUInt();
+        name_ = ProgramTitle(processes_.process(pid_));
+    }
 }
 
 void DBusFileManager::askBus(const QString &method, const QVariantList &arguments,
                              std::function<void(const QDBusMessage &)> answered) {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), method);
-    message.setArguments(arguments);
-    auto *watcher = new QDBusPendingCallWatcher(connection_.asyncCall(message), &context_);
+    auto *watcher = new QDBusPendingCallWatcher(
+        connection_.asyncCall(BusMessage(method, arguments)), &context_);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_,
                      [answered = std::move(answered)](QDBusPendingCallWatcher *finished) {
                          answered(finished->reply());

@@ -18,8 +18,8 @@ inline constexpr const char *kFileManagerInterface = "org.freedesktop.FileManage
 // How long a request may wait for the file manager before the bus gives up on it.
 inline constexpr int kFileManagerTimeoutMs = 20000;
 
-// The service's presence is followed by watching its name on the bus, so that
-// no choice ever waits for the bus to answer a question.
+// The service's presence is asked once at start and then followed by watching
+// its name on the bus, so that no choice ever waits for the bus to answer.
 class DBusFileManager final : public FileManager {
 public:
     explicit DBusFileManager(QDBusConnection connection = QDBusConnection::sessionBus());

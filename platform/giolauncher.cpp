@@ -219,6 +219,8 @@ OSErr GioLauncher::openWith(const QByteArray &id, const QByteArray &path, bool m
         return fnfErr;
     GObjectPtr<GFile> file(g_file_new_for_path(path.constData()));
     GError *error = nullptr;
+    qCDebug(lcLauncher, "opening %s with %s%s", path.constData(), id.constData(),
+            makeDefault ? ", from now on" : "");
     if (makeDefault) {
         const QString contentType = ContentTypeOf(file.get(), nullptr);
         if (!g_app_info_set_as_default_for_type(G_APP_INFO(application.get()),

@@ -28,6 +28,8 @@ void MarkFinished(GObject *file, GAsyncResult *result, gpointer data) {
         qCWarning(lcTrustMarks, "the trust mark could not be set: %s", error->message);
         err = OSErrFromGioError(error->domain, error->code);
         g_error_free(error);
+    } else {
+        qCDebug(lcTrustMarks, "marked as trusted: %s", g_file_peek_path(G_FILE(file)));
     }
     pending->done(err);
 }
