@@ -6,7 +6,6 @@
 
 #include <QFileInfo>
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -15,8 +14,7 @@ class AliasTest : public ::testing::Test {
 protected:
     QByteArray Link(const QByteArray &name) const {
         QByteArray target(4096, '\0');
-        const ssize_t length = ::readlink((root + "/" + name).constData(), target.data(), 4096);
-        return target.left(qMax<ssize_t>(length, 0));
+        return target.left(::readlink((root + "/" + name).constData(), target.data(), 4096));
     }
     TempEnvironment environment;
     QByteArray root =
@@ -33,26 +31,24 @@ TEST_F(AliasTest, TakenAndOddNamesCountUpBeforeTheExtension) {
         const FSSpec item{"/srv/" + name};
         ASSERT_EQ(CreateAlias(&item, &folder), noErr);
         ASSERT_EQ(CreateAlias(&item, &folder), noErr);
-        EXPECT_EQ(Link(name), item.path);
         const QByteArray second = AliasName(item.path, 2);
+        EXPECT_EQ(Link(name), item.path);
         EXPECT_EQ(Link(second), item.path) << second.constData();
         EXPECT_LE(second.size(), 255);
+        EXPECT_TRUE(name.startsWith("bad") || QString::fromUtf8(second).toUtf8() == second)
+            << "cut on a character boundary";
     }
-    EXPECT_EQ(AliasName("/srv/report.pdf", 3), "report (3).pdf");
-    EXPECT_EQ(QString::fromUtf8(AliasName("/srv/" + euros + "ab.txt", 2)).toUtf8(),
-              AliasName("/srv/" + euros + "ab.txt", 2))
-        << "cut on a character boundary";
-    EXPECT_EQ(AliasName("/home/u/.bashrc", 2), ".bashrc (2)");
-    EXPECT_EQ(AliasName("/srv/archive.tar.gz", 2), "archive.tar (2).gz");
-    EXPECT_EQ(AliasName("/srv/odd.", 2), "odd. (2)");
+    for (const auto &[path, name] : {std::pair{"/home/u/.bashrc", ".bashrc (2)"},
+                                     {"/srv/archive.tar.gz", "archive.tar (2).gz"},
+                                     {"/srv/odd.", "odd. (2)"}})
+        EXPECT_EQ(AliasName(path, 2), name);
     EXPECT_EQ(AliasName("/", 1), "File System");
 
-    const FSSpec item{"/srv/file"}, none{}, missing{root + "/missing"};
-    EXPECT_EQ(CreateAlias(&item, &missing), fnfErr);
-    EXPECT_EQ(CreateAlias(&none, &folder), paramErr);
     WriteFile(root + "/plain", "");
-    const FSSpec notAFolder{root + "/plain"};
-    EXPECT_EQ(CreateAlias(&item, &notAFolder), dirNFErr);
+    const FSSpec item{"/srv/file"}, none{}, missing{root + "/missing"}, plain{root + "/plain"};
+    EXPECT_EQ(CreateAlias(&item, &missing), fnfErr);
+    EXPECT_EQ(CreateAlias(&item, &plain), dirNFErr);
+    EXPECT_EQ(CreateAlias(&none, &folder), paramErr);
 }
 
 TEST_F(AliasTest, LinksAreFollowedByTheFileSystem) {
@@ -62,10 +58,9 @@ TEST_F(AliasTest, LinksAreFollowedByTheFileSystem) {
         const char *name, *target;
         bool chains;
         OSErr status;
-        QByteArray resolved; // relative to the root; the link itself when unresolved
+        QByteArray resolved; // the link itself when it cannot be followed
         bool isFolder;
-    };
-    const Case cases[] = {
+    } const cases[] = {
         {"first", "sub/Folder", true, noErr, "/sub/Folder", true},
         {"second", "./first", true, noErr, "/sub/Folder", true},
         {"second", "./first", false, noErr, "/first", true}, // one step: the next link
@@ -75,6 +70,7 @@ TEST_F(AliasTest, LinksAreFollowedByTheFileSystem) {
         {"loop-a", "loop-b", true, ioErr, "/loop-a", false},
         {"loop-b", "loop-a", true, ioErr, "/loop-b", false},
         {"sub", nullptr, true, noErr, "/sub", true}, // not a link
+        {"absent", nullptr, true, fnfErr, "/absent", false},
     };
     for (const Case &c : cases) {
         if (c.target != nullptr)
@@ -88,8 +84,6 @@ TEST_F(AliasTest, LinksAreFollowedByTheFileSystem) {
         EXPECT_EQ(isFolder, c.isFolder) << c.name;
         EXPECT_EQ(aliased, c.status == noErr && c.target != nullptr) << c.name;
     }
-    FSSpec absent{root + "/absent"};
-    EXPECT_EQ(ResolveAliasFile(&absent, true, nullptr, nullptr), fnfErr);
 }
 
 } // namespace

@@ -14,12 +14,10 @@ TEST(DesktopEntryTest, ReadsTheMainGroupWithLocalizedNames) {
         DesktopEntry::parse("# comment\n[Other Group]\nName=Wrong\n[Desktop Entry]\nName=Files\n"
                             "Name[de]=Dateien\nName[de_AT]=Dateien (AT)\nComment=a\\sb\\nc\\\\d\n");
     ASSERT_TRUE(entry);
-    const auto Name = [&](const char *locale) {
-        return entry->localizedValue(QStringLiteral("Name"), QString::fromLatin1(locale));
-    };
-    EXPECT_EQ(Name("de_AT.UTF-8"), QStringLiteral("Dateien (AT)"));
-    EXPECT_EQ(Name("de_CH@euro"), QStringLiteral("Dateien"));
-    EXPECT_EQ(Name("fr_FR"), QStringLiteral("Files"));
+    for (const auto &[locale, name] :
+         {std::pair{"de_AT.UTF-8", "Dateien (AT)"}, {"de_CH@euro", "Dateien"}, {"fr_FR", "Files"}})
+        EXPECT_EQ(entry->localizedValue(QStringLiteral("Name"), QString::fromLatin1(locale)),
+                  QString::fromUtf8(name));
     EXPECT_EQ(entry->value(QStringLiteral("Comment")), QStringLiteral("a b\nc\\d"));
     EXPECT_FALSE(entry->value(QStringLiteral("Missing")));
 
@@ -43,25 +41,20 @@ TEST(DesktopEntryTest, ExecProgramsSurviveQuotingBothWays) {
 }
 
 TEST(DesktopEntryTest, WhereEntriesShow) {
-    struct Case {
-        QByteArray keys;
-        bool disabled;
-        bool shownInKde;
-    };
-    const Case cases[] = {
-        {"Hidden=true\n", true, false},
-        {"X-GNOME-Autostart-enabled=false\n", true, true},
-        {"Hidden=maybe\n", false, true},
-        {"OnlyShowIn=GNOME;XFCE;\n", false, false},
-        {"OnlyShowIn=KDE;\nNotShowIn=GNOME;\n", false, true},
-        {"NotShowIn=KDE;\n", false, false},
-        {"TryExec=sh\n", false, true},
-        {"TryExec=/no/such/program\n", false, false},
-    };
-    for (const Case &c : cases) {
-        const auto entry = Parse(c.keys);
-        EXPECT_EQ(entry->isDisabled(), c.disabled) << c.keys.constData();
-        EXPECT_EQ(entry->isShownIn("ubuntu:KDE"), c.shownInKde) << c.keys.constData();
+    // The keys; disabled (for autostart too); shown in KDE.
+    for (const auto &[keys, disabled, shown] : {
+             std::tuple{"Hidden=true\n", true, false},
+             {"X-GNOME-Autostart-enabled=false\n", true, true},
+             {"Hidden=maybe\n", false, true},
+             {"OnlyShowIn=GNOME;XFCE;\n", false, false},
+             {"OnlyShowIn=KDE;\nNotShowIn=GNOME;\n", false, true},
+             {"NotShowIn=KDE;\n", false, false},
+             {"TryExec=sh\n", false, true},
+             {"TryExec=/no/such/program\n", false, false},
+         }) {
+        const auto entry = Parse(keys);
+        EXPECT_EQ(entry->isDisabled(), disabled) << keys;
+        EXPECT_EQ(entry->isShownIn("ubuntu:KDE"), shown) << keys;
     }
 }
 
