@@ -21,10 +21,14 @@ QString Tr(const char *text) {
 
 void AddApplications(QListWidget *list, const QList<platform::ApplicationInfo> &applications) {
     for (const platform::ApplicationInfo &application : applications) {
-        auto *item = new QListWidgetItem(
-            QIcon::fromTheme(application.iconName,
-                             QIcon::fromTheme(QStringLiteral("application-x-executable"))),
-            application.name, list);
+        // Every row keeps the place of an icon, so that the names line up.
+        static const QIcon fallback =
+            QIcon::fromTheme(QStringLiteral("application-x-executable"),
+                             QApplication::style()->standardIcon(QStyle::SP_FileIcon));
+        const QIcon icon = application.iconName.isEmpty()
+                               ? fallback
+                               : QIcon::fromTheme(application.iconName, fallback);
+        auto *item = new QListWidgetItem(icon, application.name, list);
         item->setData(Qt::UserRole, application.id);
     }
 }

@@ -45,8 +45,9 @@ protected:
                                          {"org.freedesktop.FileManager1", fm.constData()}})
             WriteFile(services + name + ".service",
                       "[D-BUS Service]\nName=" + QByteArray(name) + "\nExec=" + exec + "\n");
-        session = std::make_unique<DesktopSession>(
-            DesktopSession::Options{.busServiceDir = QFile::decodeName(services)});
+        DesktopSession::Options options;
+        options.busServiceDir = QFile::decodeName(services);
+        session = std::make_unique<DesktopSession>(options);
         ASSERT_TRUE(session->failure().isEmpty()) << qPrintable(session->failure());
         ASSERT_EQ(::access("/usr/libexec/gvfsd-metadata", X_OK), 0) << "GVfs is not installed";
 
