@@ -15,7 +15,7 @@ ErrorHiding *firstHiding = nullptr;
 ErrorContext *firstContext = nullptr;
 ErrorOffer *firstOffer = nullptr;
 
-Q_LOGGING_CATEGORY(lcErrors, "kestrel.errors")
+Q_LOGGING_CATEGORY(lcErrors, "kestrel.errors", QtWarningMsg)
 
 namespace {
 

@@ -23,7 +23,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-Q_LOGGING_CATEGORY(lcFinder, "kestrel.finder")
+Q_LOGGING_CATEGORY(lcFinder, "kestrel.finder", QtWarningMsg)
 
 namespace {
 

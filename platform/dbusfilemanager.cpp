@@ -12,7 +12,7 @@
 
 #include <optional>
 
-Q_LOGGING_CATEGORY(lcFileManager, "kestrel.filemanager")
+Q_LOGGING_CATEGORY(lcFileManager, "kestrel.filemanager", QtWarningMsg)
 
 namespace platform {
 

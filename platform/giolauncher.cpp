@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <vector>
 
-Q_LOGGING_CATEGORY(lcLauncher, "kestrel.launcher")
+Q_LOGGING_CATEGORY(lcLauncher, "kestrel.launcher", QtWarningMsg)
 
 namespace platform {
 

@@ -8,7 +8,7 @@
 
 #include <cstring>
 
-Q_LOGGING_CATEGORY(lcTrustMarks, "kestrel.trust")
+Q_LOGGING_CATEGORY(lcTrustMarks, "kestrel.trust", QtWarningMsg)
 
 namespace platform {
 
