@@ -3,10 +3,12 @@
 #include "platform/dbusfilemanager.h"
 #include "platform/dbusnotifications.h"
 #include "platform/giolauncher.h"
+#include "platform/giotrustmarks.h"
 #include "platform/messageboxalerts.h"
 #include "platform/mountinfo.h"
 #include "platform/procfsprocesses.h"
 #include "platform/service.h"
+#include "platform/startupidtokens.h"
 #include "platform/x11frontwindow.h"
 #include "platform/x11titlewindows.h"
 #include "platform/xcbpointer.h"
@@ -23,6 +25,8 @@ struct PlatformServices::Implementations {
     platform::GioLauncher launcher;
     platform::ProcFsProcesses processes;
     platform::DBusNotifications notifications;
+    platform::GioTrustMarks trustMarks;
+    platform::StartupIdTokens activationTokens;
 };
 
 PlatformServices::PlatformServices() : implementations_(std::make_unique<Implementations>()) {
@@ -36,6 +40,8 @@ PlatformServices::PlatformServices() : implementations_(std::make_unique<Impleme
     platform::install<platform::Launcher>(&implementations_->launcher);
     platform::install<platform::Processes>(&implementations_->processes);
     platform::install<platform::Notifications>(&implementations_->notifications);
+    platform::install<platform::TrustMarks>(&implementations_->trustMarks);
+    platform::install<platform::ActivationTokens>(&implementations_->activationTokens);
 }
 
 PlatformServices::~PlatformServices() {
@@ -49,4 +55,6 @@ PlatformServices::~PlatformServices() {
     platform::install<platform::Launcher>(nullptr);
     platform::install<platform::Processes>(nullptr);
     platform::install<platform::Notifications>(nullptr);
+    platform::install<platform::TrustMarks>(nullptr);
+    platform::install<platform::ActivationTokens>(nullptr);
 }

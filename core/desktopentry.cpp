@@ -2,38 +2,34 @@
 
 #include "core/safefile.h"
 
+#include <QList>
+
+#include <glib.h>
 
 namespace {
 
-QString Unescape(const QString &raw) {
-    QString out;
-    out.reserve(raw.size());
-    for (qsizetype i = 0; i < raw.size(); ++i) {
-        if (raw[i] != u'\\' || i + 1 == raw.size()) {
-            out += raw[i];
-            continue;
-        }
-        const QChar next = raw[++i];
-        if (next == u's')
-            out += u' ';
-        else if (next == u'n')
-            out += u'\n';
-        else if (next == u't')
-            out += u'\t';
-        else if (next == u'r')
-            out += u'\r';
-        else if (next == u'\\')
-            out += u'\\';
-        else {
-            out += u'\\';
-            out += next;
-        }
-    }
-    return out;
-}
+constexpr const char *kMainGroup = "Desktop Entry";
+
+struct GFreeDeleter {
+    void operator()(gpointer data) const { g_free(data); }
+};
+using GCharPtr = std::unique_ptr<gchar, GFreeDeleter>;
+struct GStrvDeleter {
+    void operator()(gchar **strings) const { g_strfreev(strings); }
+};
+using GStrvPtr = std::unique_ptr<gchar *, GStrvDeleter>;
 
 bool IsReservedInExec(char c) {
     return QByteArrayView(" \t\n\"'\\><~|&;$*?#()`").contains(c);
+}
+
+// Whether any of `names` is among the ':'-separated `desktops`.
+bool NamesDesktop(gchar **names, const QByteArray &desktops) {
+    for (gchar **name = names; name != nullptr && *name != nullptr; ++name) {
+        if (desktops.split(':').contains(QByteArray(*name)))
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -44,81 +40,45 @@ std::optional<DesktopEntry> DesktopEntry::read(const QByteArray &path) {
     QByteArray contents;
     if (ReadRegularFile(path, kSmallFileLimit, &contents) != noErr)
         return std::nullopt;
-    bool hasMainGroup = false;
-    DesktopEntry entry = parse(contents, &hasMainGroup);
-    if (!hasMainGroup)
-        return std::nullopt;
-    return entry;
+    return parse(contents);
 }
 
-DesktopEntry DesktopEntry::parse(const QByteArray &contents, bool *hasMainGroup) {
+std::optional<DesktopEntry> DesktopEntry::parse(const QByteArray &contents) {
     DesktopEntry entry;
-    bool inMainGroup = false;
-    bool sawMainGroup = false;
-    for (const QByteArray &rawLine : contents.split('\n')) {
-        const QString line = QString::fromUtf8(rawLine).trimmed();
-        if (line.isEmpty() || line.startsWith(u'#'))
-            continue;
-        if (line.startsWith(u'[')) {
-            inMainGroup = line == QLatin1String("[Desktop Entry]");
-            sawMainGroup = sawMainGroup || inMainGroup;
-            continue;
-        }
-        if (!inMainGroup)
-            continue;
-        const qsizetype equals = line.indexOf(u'=');
-        if (equals <= 0)
-            continue;
-        const QString key = line.left(equals).trimmed();
-        // The first occurrence of a key counts.
-        if (!entry.values_.contains(key))
-            entry.values_.insert(key, line.mid(equals + 1).trimmed());
-    }
-    if (hasMainGroup != nullptr)
-        *hasMainGroup = sawMainGroup;
+    entry.file_.reset(g_key_file_new(), g_key_file_free);
+    if (!g_key_file_load_from_data(entry.file_.get(), contents.constData(), gsize(contents.size()),
+                                   G_KEY_FILE_KEEP_TRANSLATIONS, nullptr) ||
+        !g_key_file_has_group(entry.file_.get(), kMainGroup))
+        return std::nullopt;
     return entry;
 }
 
 std::optional<QString> DesktopEntry::value(const QString &key) const {
-    const auto found = values_.constFind(key);
-    if (found == values_.constEnd())
+    const GCharPtr text(
+        g_key_file_get_string(file_.get(), kMainGroup, key.toUtf8().constData(), nullptr));
+    if (!text)
         return std::nullopt;
-    return Unescape(*found);
+    return QString::fromUtf8(text.get());
 }
 
 std::optional<QString> DesktopEntry::localizedValue(const QString &key,
                                                     const QString &locale) const {
-    // lang_COUNTRY@MODIFIER, lang_COUNTRY, lang@MODIFIER, lang, then the plain key.
-    QString rest = locale.section(u'.', 0, 0); // the encoding plays no part
-    const QString modifier = rest.contains(u'@') ? rest.section(u'@', 1) : QString();
-    rest = rest.section(u'@', 0, 0);
-    const QString language = rest.section(u'_', 0, 0);
-    const QString country = rest.contains(u'_') ? rest.section(u'_', 1) : QString();
-    QStringList candidates;
-    if (!country.isEmpty() && !modifier.isEmpty())
-        candidates << language + u'_' + country + u'@' + modifier;
-    if (!country.isEmpty())
-        candidates << language + u'_' + country;
-    if (!modifier.isEmpty())
-        candidates << language + u'@' + modifier;
-    if (!language.isEmpty())
-        candidates << language;
-    for (const QString &candidate : candidates) {
-        if (auto found = value(key + u'[' + candidate + u']'))
-            return found;
-    }
-    return value(key);
+    const GCharPtr text(g_key_file_get_locale_string(
+        file_.get(), kMainGroup, key.toUtf8().constData(), locale.toUtf8().constData(), nullptr));
+    if (!text)
+        return std::nullopt;
+    return QString::fromUtf8(text.get());
 }
 
 bool DesktopEntry::boolValue(const QString &key, bool fallback) const {
-    const auto found = value(key);
-    if (!found)
+    GError *error = nullptr;
+    const gboolean found =
+        g_key_file_get_boolean(file_.get(), kMainGroup, key.toUtf8().constData(), &error);
+    if (error != nullptr) {
+        g_error_free(error);
         return fallback;
-    if (*found == QLatin1String("true"))
-        return true;
-    if (*found == QLatin1String("false"))
-        return false;
-    return fallback;
+    }
+    return found != FALSE;
 }
 
 bool DesktopEntry::isDisabled() const {
@@ -126,48 +86,37 @@ bool DesktopEntry::isDisabled() const {
            !boolValue(QStringLiteral("X-GNOME-Autostart-enabled"), true);
 }
 
-std::optional<QByteArray> DesktopEntry::execProgram() const {
-    const auto exec = value(QStringLiteral("Exec"));
-    if (!exec)
-        return std::nullopt;
-    const auto arguments = SplitExecLine(exec->toUtf8());
-    if (!arguments || arguments->isEmpty() || arguments->first().isEmpty())
-        return std::nullopt;
-    // "%%" is a literal percent sign; the program name holds no other field code.
-    QByteArray program = arguments->first();
-    return program.replace("%%", "%");
+bool DesktopEntry::isShownIn(const QByteArray &desktops) const {
+    if (boolValue(QStringLiteral("Hidden"), false))
+        return false;
+    const GStrvPtr only(
+        g_key_file_get_string_list(file_.get(), kMainGroup, "OnlyShowIn", nullptr, nullptr));
+    if (only && !NamesDesktop(only.get(), desktops))
+        return false;
+    const GStrvPtr notIn(
+        g_key_file_get_string_list(file_.get(), kMainGroup, "NotShowIn", nullptr, nullptr));
+    if (notIn && NamesDesktop(notIn.get(), desktops))
+        return false;
+    const GCharPtr tryExec(g_key_file_get_string(file_.get(), kMainGroup, "TryExec", nullptr));
+    if (!tryExec)
+        return true;
+    const GCharPtr found(g_find_program_in_path(tryExec.get()));
+    return found != nullptr;
 }
 
-std::optional<QList<QByteArray>> SplitExecLine(const QByteArray &exec) {
-    QList<QByteArray> arguments;
-    QByteArray current;
-    bool inArgument = false;
-    for (qsizetype i = 0; i < exec.size(); ++i) {
-        const char c = exec[i];
-        if (c == '"') {
-            inArgument = true;
-            for (++i;; ++i) {
-                if (i >= exec.size())
-                    return std::nullopt; // unterminated quote
-                if (exec[i] == '"')
-                    break;
-                if (exec[i] == '\\' && i + 1 < exec.size() &&
-                    QByteArrayView("\"`$\\").contains(exec[i + 1]))
-                    ++i;
-                current += exec[i];
-            }
-        } else if (c == ' ' || c == '\t') {
-            if (inArgument)
-                arguments.append(std::exchange(current, {}));
-            inArgument = false;
-        } else {
-            inArgument = true;
-            current += c;
-        }
-    }
-    if (inArgument)
-        arguments.append(current);
-    return arguments;
+std::optional<QByteArray> DesktopEntry::execProgram() const {
+    const GCharPtr exec(g_key_file_get_string(file_.get(), kMainGroup, "Exec", nullptr));
+    if (!exec)
+        return std::nullopt;
+    gchar **argv = nullptr;
+    if (!g_shell_parse_argv(exec.get(), nullptr, &argv, nullptr))
+        return std::nullopt;
+    const GStrvPtr arguments(argv);
+    QByteArray program(arguments.get()[0]);
+    if (program.isEmpty())
+        return std::nullopt;
+    // "%%" is a literal percent sign; the program name holds no other field code.
+    return program.replace("%%", "%");
 }
 
 std::optional<QByteArray> QuoteExecArgument(const QByteArray &argument) {

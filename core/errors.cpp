@@ -6,12 +6,16 @@
 #include "resources/statusmessages.h"
 
 #include <QCoreApplication>
+#include <QLoggingCategory>
 
 #include <cerrno>
 #include <string>
 
 ErrorHiding *firstHiding = nullptr;
 ErrorContext *firstContext = nullptr;
+ErrorOffer *firstOffer = nullptr;
+
+Q_LOGGING_CATEGORY(lcErrors, "kestrel.errors", QtWarningMsg)
 
 namespace {
 
@@ -70,12 +74,33 @@ void TestError(OSErr err) {
         return;
     }
     const ErrorAlertTexts texts = MakeErrorAlertTexts(err);
+    ErrorOffer *offer = firstOffer;
+    const QString message =
+        offer != nullptr && !offer->headline.isEmpty() ? offer->headline : texts.message;
     platform::Alert alert;
     alert.status = err;
-    alert.headline = texts.context.isEmpty() ? texts.message : texts.context + u' ' + texts.message;
+    alert.headline = texts.context.isEmpty() ? message : texts.context + u' ' + message;
     alert.explanation = texts.explanation;
     alert.details = QCoreApplication::translate("Alerts", "Error %1").arg(texts.number);
-    alerts.showAlert(alert);
+    if (offer != nullptr && !offer->actions.isEmpty()) {
+        alert.buttons = offer->actions;
+        alert.buttons.append(QCoreApplication::translate("Alerts", "OK"));
+        alert.defaultButton = alert.escapeButton = int(offer->actions.size());
+    }
+    qCInfo(lcErrors, "alert: %s (error %d)", qPrintable(alert.headline), int(err));
+    const int chosen = alerts.showAlert(alert);
+    if (offer != nullptr)
+        offer->chosen = chosen < offer->actions.size() ? chosen : -1;
+}
+
+ErrorOffer::ErrorOffer(QString headline, QStringList actions)
+    : next(firstOffer), headline(std::move(headline)), actions(std::move(actions)) {
+    firstOffer = this;
+}
+
+ErrorOffer::~ErrorOffer() {
+    // Offers end in the order they began.
+    firstOffer = next;
 }
 
 OSErr TestResError(const void *result, OSErr resError) {

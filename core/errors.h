@@ -8,6 +8,7 @@
 #include "core/types.h"
 
 #include <QString>
+#include <QStringList>
 
 struct ErrorHiding {
     ErrorHiding *next;
@@ -19,8 +20,25 @@ struct ErrorContext {
     Str255 text;
 };
 
+// What the reports made while it lives say of their item and offer to do: a
+// first line in the caller's words, naming the item, and actions besides OK.
+// The newest one counts.
+class ErrorOffer {
+public:
+    explicit ErrorOffer(QString headline, QStringList actions = {});
+    ~ErrorOffer();
+    ErrorOffer(const ErrorOffer &) = delete;
+    ErrorOffer &operator=(const ErrorOffer &) = delete;
+
+    ErrorOffer *next;
+    QString headline;    // in place of the status's message, when not empty
+    QStringList actions; // offered before OK, in reading order
+    int chosen = -1;     // the action the user took; -1 for OK, or while hidden
+};
+
 extern ErrorHiding *firstHiding;
 extern ErrorContext *firstContext;
+extern ErrorOffer *firstOffer;
 
 void TestError(OSErr err);
 // The resource and memory forms: the manager's own status wins; without one, a

@@ -20,6 +20,7 @@ constexpr OSType FourCC(const char (&code)[5]) {
 // messages, the preferences file and the logs agree with one another.
 enum : OSErr {
     noErr = 0,
+    unimpErr = -4,
     dirFulErr = -33,
     dskFulErr = -34,
     nsvErr = -35,
@@ -45,6 +46,8 @@ enum : OSErr {
     procNotFound = -600,
     connectionInvalid = -609,
     errAEEventNotHandled = -1708,
+    errAETimeout = -1712,
+    errAEEventFailed = -10000,
     errFSNoMoreItems = -1417,
     notAFileErr = -1302,
     fsDataTooBigErr = -1310,

@@ -57,23 +57,7 @@ OSErr CreateAlias(const FSSpec *item, const FSSpec *folder) {
     return dupFNErr;
 }
 
-QByteArray CleanPath(const QByteArray &path) {
-    QList<QByteArray> parts;
-    for (const QByteArray &part : path.split('/')) {
-        if (part.isEmpty() || part == ".")
-            continue;
-        if (part == "..") {
-            if (!parts.isEmpty())
-                parts.removeLast();
-            continue;
-        }
-        parts.append(part);
-    }
-    return "/" + parts.join('/');
-}
-
 OSErr ResolveAliasFile(FSSpec *spec, bool resolveChains, bool *targetIsFolder, bool *wasAliased) {
-    constexpr int kMaxLinks = 40;
     if (targetIsFolder != nullptr)
         *targetIsFolder = false;
     if (wasAliased != nullptr)
@@ -81,31 +65,39 @@ OSErr ResolveAliasFile(FSSpec *spec, bool resolveChains, bool *targetIsFolder, b
     if (!spec->path.startsWith('/'))
         return paramErr;
 
+    // The file system follows the links, never the text of the path: in
+    // "missing/../file" the ".." leaves a folder that does not exist.
+    struct stat info;
+    if (::lstat(spec->path.constData(), &info) != 0)
+        return OSErrFromErrno(errno);
+    if (!S_ISLNK(info.st_mode)) {
+        if (targetIsFolder != nullptr)
+            *targetIsFolder = S_ISDIR(info.st_mode);
+        return noErr;
+    }
+    // The kernel follows the chain (at most 40 links; a loop fails).
     QByteArray path = spec->path;
-    int followed = 0;
-    for (;;) {
-        struct stat info;
-        if (::lstat(path.constData(), &info) != 0)
-            return followed == 0 ? OSErrFromErrno(errno) : OSErr(fnfErr);
-        if (!S_ISLNK(info.st_mode) || (followed == 1 && !resolveChains)) {
-            // The end of the chain, or as far as we were asked to go.
-            if (S_ISLNK(info.st_mode) && ::stat(path.constData(), &info) != 0)
-                info.st_mode = S_IFLNK;
-            if (targetIsFolder != nullptr)
-                *targetIsFolder = S_ISDIR(info.st_mode);
-            break;
-        }
-        if (++followed > kMaxLinks)
-            return ioErr;
+    if (!resolveChains) {
         QByteArray target(PATH_MAX, '\0');
         const ssize_t length = ::readlink(path.constData(), target.data(), target.size());
         if (length < 0)
             return OSErrFromErrno(errno);
         target.resize(length);
-        path = CleanPath(target.startsWith('/') ? target : JoinPath(ParentPath(path), target));
+        path = target.startsWith('/') ? target : JoinPath(ParentPath(path), target);
     }
+    char resolved[PATH_MAX];
+    if (::lstat(path.constData(), &info) != 0)
+        return errno == ELOOP ? OSErr(ioErr) : OSErr(fnfErr);
+    // One step stops at the next link, named from its real folder.
+    const bool stopHere = !resolveChains && S_ISLNK(info.st_mode);
+    if (::realpath(stopHere ? ParentPath(path).constData() : path.constData(), resolved) == nullptr)
+        return errno == ELOOP ? OSErr(ioErr) : OSErr(fnfErr);
+    path =
+        stopHere ? JoinPath(QByteArray(resolved), LastPathComponent(path)) : QByteArray(resolved);
+    if (::stat(path.constData(), &info) == 0 && targetIsFolder != nullptr)
+        *targetIsFolder = S_ISDIR(info.st_mode);
     if (wasAliased != nullptr)
-        *wasAliased = followed > 0;
+        *wasAliased = true;
     spec->path = path;
     return noErr;
 }

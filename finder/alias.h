@@ -17,9 +17,6 @@ QByteArray AliasName(const QByteArray &itemPath, int attempt);
 // else one link. `*targetIsFolder` tells whether the item reached is a folder,
 // `*wasAliased` whether a link was followed (either may be null). A broken
 // link leaves `*spec` as it is and gives fnfErr; a loop, or a chain of more
-// than 40 links, gives ioErr.
+// than 40 links, gives ioErr. The file system follows the links, so ".." in a
+// link's target leaves the folder the link really reaches.
 OSErr ResolveAliasFile(FSSpec *spec, bool resolveChains, bool *targetIsFolder, bool *wasAliased);
-
-// `path` with "." and ".." components and doubled slashes taken out, without
-// looking at the disk.
-QByteArray CleanPath(const QByteArray &path);

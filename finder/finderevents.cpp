@@ -4,19 +4,26 @@
 #include "core/errors.h"
 #include "core/folders.h"
 #include "finder/alias.h"
+#include "finder/choicefailure.h"
+#include "finder/launchertrust.h"
+#include "platform/alerts.h"
 #include "platform/filemanager.h"
 #include "platform/frontwindow.h"
 #include "platform/launcher.h"
 #include "platform/processes.h"
 #include "platform/service.h"
 
+#include <QCoreApplication>
+#include <QFile>
 #include <QLoggingCategory>
 
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <sys/stat.h>
 #include <unistd.h>
 
-Q_LOGGING_CATEGORY(lcFinder, "kestrel.finder")
+Q_LOGGING_CATEGORY(lcFinder, "kestrel.finder", QtWarningMsg)
 
 namespace {
 
@@ -38,23 +45,77 @@ bool IsPlainFolder(const QByteArray &path) {
     return IsFolder(path) && !IsApplicationBundle(path);
 }
 
+QString Tr(const char *text) {
+    return QCoreApplication::translate("Finder", text);
+}
+
+enum LaunchAnswer { kCancel, kLaunchOnce, kTrustAndLaunch };
+
+// Asks before an untrusted launcher runs, showing what it really is: its file
+// and the command it would run.
+LaunchAnswer AskToLaunch(const QByteArray &launcher, const QString &command) {
+    char resolved[PATH_MAX];
+    const QByteArray real =
+        ::realpath(launcher.constData(), resolved) != nullptr ? QByteArray(resolved) : launcher;
+    qCInfo(lcFinder, "asking before launching %s", real.constData());
+    platform::Alert alert;
+    alert.headline =
+        Tr("“%1” is not a trusted launcher.").arg(QFile::decodeName(LastPathComponent(launcher)));
+    alert.explanation =
+        Tr("It was not installed as an application and has not been allowed to run. Launch it "
+           "only if you know where it came from.\n\nIt would run:\n%1\n\nIts file:\n%2")
+            .arg(command, QFile::decodeName(real));
+    alert.buttons = {Tr("Cancel"), Tr("&Launch Once"), Tr("&Trust and Launch")};
+    return LaunchAnswer(platform::service<platform::Alerts>().showAlert(alert));
+}
+
+// Runs `launch` when the launcher is trusted, or when the user says so.
+OSErr LaunchIfTrusted(const QByteArray &launcher, const QString &command,
+                      const std::function<OSErr()> &launch) {
+    if (!IsTrustedLauncher(launcher)) {
+        switch (AskToLaunch(launcher, command)) {
+        case kLaunchOnce:
+            break;
+        case kTrustAndLaunch:
+            TrustLauncher(launcher, [name = LastPathComponent(launcher)](OSErr err) {
+                if (err != noErr)
+                    ReportWhenIdle(
+                        err,
+                        Tr("“%1” could not be marked as trusted.").arg(QFile::decodeName(name)));
+            });
+            break;
+        default:
+            return userCanceledErr;
+        }
+    }
+    return launch();
+}
+
 // Opens one item that is not a plain folder: an application bundle or the
-// application of a desktop entry is started; anything else goes to the default
-// application for its type.
+// application of a desktop entry is started, once trusted; anything else goes
+// to the application for its type, so that a program or a script that is not
+// a launcher is never run.
 OSErr OpenItem(const QByteArray &path) {
     platform::Launcher &launcher = platform::service<platform::Launcher>();
-    if (IsApplicationBundle(path))
-        return launcher.launchProgram(JoinPath(path, "AppRun"), {}, nullptr);
+    if (IsApplicationBundle(path)) {
+        const QByteArray run = JoinPath(path, "AppRun");
+        return LaunchIfTrusted(path, QFile::decodeName(run),
+                               [&] { return launcher.launchProgram(run, {}, nullptr); });
+    }
     if (path.endsWith(".desktop")) {
         if (const auto entry = DesktopEntry::read(path)) {
             const QString type = entry->value(QStringLiteral("Type")).value_or(QString());
-            if (type == QLatin1String("Application"))
-                return launcher.launchDesktopEntry(path, {}, nullptr);
+            if (type == QLatin1String("Application")) {
+                const QString exec = entry->value(QStringLiteral("Exec")).value_or(QString());
+                return LaunchIfTrusted(
+                    path, exec, [&] { return launcher.launchDesktopEntry(path, {}, nullptr); });
+            }
             if (type == QLatin1String("Link")) {
-                const auto url = entry->value(QStringLiteral("URL"));
-                if (!url || url->isEmpty())
+                const QString url = entry->value(QStringLiteral("URL")).value_or(QString());
+                if (url.isEmpty())
                     return paramErr;
-                return launcher.openUrl(url->toUtf8());
+                return LaunchIfTrusted(path, Tr("open %1").arg(url),
+                                       [&] { return launcher.openUrl(url.toUtf8()); });
             }
         }
     }
@@ -66,8 +127,9 @@ OSErr OpenItem(const QByteArray &path) {
 OSErr OpenItems(const QList<QByteArray> &items, bool isAlternateFinder) {
     QList<QByteArray> folders;
     for (const QByteArray &item : items) {
+        // A broken link has nothing to open.
         struct stat info;
-        if (::lstat(item.constData(), &info) != 0)
+        if (::stat(item.constData(), &info) != 0)
             return OSErrFromErrno(errno);
         if (IsPlainFolder(item)) {
             folders.append(item);
@@ -108,6 +170,28 @@ OSErr CopyOrMoveItems(FinderAction action, const QList<QByteArray> &items, const
             return err;
     }
     return noErr;
+}
+
+void FileManagerRequestFailed(const platform::FailedRequest &request) {
+    // A request that never reached the file manager goes to the folder
+    // application instead, as when there is no file manager at all.
+    OSErr err = request.status;
+    if (err == connectionInvalid &&
+        platform::service<platform::FileManager>().alternativeExists()) {
+        if (request.method == "ShowFolders")
+            err = OpenItems(request.paths, true);
+        else if (request.method == "ShowItems")
+            err = RevealItems(request.paths, true);
+        if (err == noErr)
+            return;
+    }
+    const QString fileManager = platform::service<platform::FileManager>().serviceName();
+    const QString who = fileManager.isEmpty() ? Tr("The file manager") : fileManager;
+    const QString item = QFile::decodeName(LastPathComponent(request.paths.value(0)));
+    const QString text = err == errAETimeout ? Tr("%1 did not answer in time to show “%2”.")
+                         : err == errAEEventFailed ? Tr("%1 could not show “%2”.")
+                                                   : Tr("%1 could not be reached to show “%2”.");
+    ReportWhenIdle(err, text.arg(who, item));
 }
 
 } // namespace
@@ -184,8 +268,7 @@ OSErr DoFinderFilesToDesc(FinderAction action, const AEDesc *items, const AEDesc
     if (const OSErr err = GetFinderProcess(&psn, &isAlternateFinder); err != noErr)
         return err;
 
-    // The alternative takes reveal and get info one item at a time, coming to
-    // the front for each.
+    // The alternative takes reveal and get info one item at a time.
     if (isAlternateFinder && items->isList &&
         (action == kFinderReveal || action == kFinderGetInfo)) {
         for (const QByteArray &item : items->items) {
@@ -195,8 +278,9 @@ OSErr DoFinderFilesToDesc(FinderAction action, const AEDesc *items, const AEDesc
         }
         return noErr;
     }
-    if (action == kFinderReveal || action == kFinderGetInfo)
-        BringFinderToFront();
+    // The requests carry the user's activation token: the file manager brings
+    // its window forward itself, and nothing forces it.
+    platform::service<platform::FileManager>().setFailureHandler(FileManagerRequestFailed);
 
     switch (action) {
     case kFinderOpen:
@@ -243,18 +327,10 @@ OSErr DoFinderFiles(FinderAction action, const AEDescList *items, const FSSpec *
 OSErr DoFinderFile(FinderAction action, const FSSpec *file, const FSSpec *extra) {
     // A broken link is sent as it is: the file manager says what it can of it.
     FSSpec target = *file;
-    bool targetIsFolder = false;
-    ResolveAliasFile(&target, true, &targetIsFolder, nullptr);
+    ResolveAliasFile(&target, true, nullptr, nullptr);
 
     AEDescList list{true, {}};
     if (const OSErr err = AddFileToAEList(&target, &list); err != noErr)
         return err;
-    if (const OSErr err = DoFinderFiles(action, &list, extra); err != noErr)
-        return err;
-
-    // The new folder window comes to the front; documents and applications
-    // open in front of their own accord.
-    if (action == kFinderOpen && targetIsFolder && IsPlainFolder(target.path))
-        BringFinderToFront();
-    return noErr;
+    return DoFinderFiles(action, &list, extra);
 }

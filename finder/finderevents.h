@@ -51,6 +51,6 @@ OSErr AddFileToAEList(const FSSpec *file, AEDescList *list);
 // move); null otherwise.
 OSErr DoFinderFilesToDesc(FinderAction action, const AEDesc *items, const AEDesc *extra);
 OSErr DoFinderFiles(FinderAction action, const AEDescList *items, const FSSpec *extra);
-// The single-item entry point of the menus: links are followed first, and a
-// folder that was opened is brought to the front.
+// The single-item entry point of the menus: links are followed first. Nothing
+// waits for the file manager: a request it fails later is reported then.
 OSErr DoFinderFile(FinderAction action, const FSSpec *file, const FSSpec *extra);

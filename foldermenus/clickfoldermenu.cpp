@@ -4,6 +4,7 @@
 #include "dialogs/aboutbox.h"
 #include "dialogs/preferencesdialog.h"
 #include "finder/alias.h"
+#include "finder/choicefailure.h"
 #include "finder/choosers.h"
 #include "finder/finderevents.h"
 #include "foldermenus/buildsubmenu.h"
@@ -125,11 +126,12 @@ OSStatus ClickFolderMenu(QPoint where, ReadyMenu *readyMenu, bool suppressOpen) 
         const QByteArray path = FolderItemPath(chosen);
         if (!suppressOpen && !path.isEmpty()) {
             const FSSpec file{path};
-            // A failed request leaves the menus of this click standing until
-            // the next click sets up its own.
-            if (const OSErr err = DoFinderFile(FolderItemAction(modifiers), &file, nullptr);
-                err != noErr) {
+            // A failed request says why, then leaves the menus of this click
+            // standing until the next click sets up its own.
+            const FinderAction action = FolderItemAction(modifiers);
+            if (const OSErr err = DoFinderFile(action, &file, nullptr); err != noErr) {
                 qCDebug(lcMenuChoice, "click ended: error %d", int(err));
+                ReportFailedChoice(action, file, err);
                 return err;
             }
         }

@@ -4,6 +4,7 @@
 #include "core/errors.h"
 #include "core/folders.h"
 #include "core/lists.h"
+#include "finder/launchertrust.h"
 
 #include <QFile>
 #include <QHash>
@@ -111,6 +112,10 @@ QString DisplayName(const QByteArray &folder, const RawEntry &entry, FolderEntry
         if (const auto desktop = DesktopEntry::read(JoinPath(folder, entry.name))) {
             const QString type = desktop->value(QStringLiteral("Type")).value_or(QString());
             if (type == QLatin1String("Application") || type == QLatin1String("Link")) {
+                // An untrusted launcher shows as the file it is, so that it
+                // cannot pass itself off as a document.
+                if (!IsTrustedLauncher(JoinPath(folder, entry.name)))
+                    return QFile::decodeName(entry.name);
                 static const QString locale = QLocale::system().name();
                 out->kind = FolderEntry::Kind::DesktopEntry;
                 out->iconName = desktop->value(QStringLiteral("Icon")).value_or(QString());

@@ -1,5 +1,4 @@
-// GIO first: its headers use the word that Qt reserves for signals.
-#include <gio/gio.h>
+#include "platform/gioobjects.h"
 
 #include "platform/dbusfilemanager.h"
 
@@ -7,15 +6,13 @@
 #include "core/folders.h"
 #include "platform/gioerror.h"
 
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusReply>
 #include <QLoggingCategory>
 
-#include <memory>
+#include <optional>
 
-Q_LOGGING_CATEGORY(lcFileManager, "kestrel.filemanager")
+Q_LOGGING_CATEGORY(lcFileManager, "kestrel.filemanager", QtWarningMsg)
 
 namespace platform {
 
@@ -23,20 +20,70 @@ namespace {
 
 constexpr const char *kFolderType = "inode/directory";
 
-template <typename T> struct GObjectDeleter {
-    void operator()(T *object) const {
-        if (object != nullptr)
-            g_object_unref(object);
-    }
-};
-template <typename T> using GObjectPtr = std::unique_ptr<T, GObjectDeleter<T>>;
-
 QString ServiceName() {
     return QString::fromLatin1(kFileManagerService);
 }
 
 GObjectPtr<GAppInfo> DefaultFolderApplication() {
     return GObjectPtr<GAppInfo>(g_app_info_get_default_for_type(kFolderType, FALSE));
+}
+
+// How a request that was sent failed: never delivered, not answered, or refused.
+OSErr StatusOfFailure(const QDBusError &error) {
+    switch (error.type()) {
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+        return errAETimeout;
+    case QDBusError::NoReply:
+    case QDBusError::ServiceUnknown:
+    case QDBusError::UnknownObject:
+    case QDBusError::UnknownInterface:
+    case QDBusError::UnknownMethod:
+    case QDBusError::Disconnected:
+    case QDBusError::NoServer:
+        return connectionInvalid;
+    default:
+        // The bus could not start the service either.
+        return error.name().startsWith(QLatin1String("org.freedesktop.DBus.Error.Spawn"))
+                   ? OSErr(connectionInvalid)
+                   : OSErr(errAEEventFailed);
+    }
+}
+
+// What to call a program in a message: the name of its application, when it
+// has one, else its own name.
+QString ProgramTitle(const std::optional<RunningProcess> &process) {
+    if (!process || process->programNames.isEmpty())
+        return {};
+    const QByteArray &program = process->programNames.first();
+    QString title = QString::fromLocal8Bit(program);
+    GList *all = g_app_info_get_all();
+    for (GList *node = all; node != nullptr; node = node->next) {
+        auto *application = G_APP_INFO(node->data);
+        if (LastPathComponent(g_app_info_get_executable(application)) == program) {
+            title = QString::fromUtf8(g_app_info_get_display_name(application));
+            break;
+        }
+    }
+    g_list_free_full(all, g_object_unref);
+    return title;
+}
+
+QDBusMessage BusMessage(const QString &method, const QVariantList &arguments) {
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), method);
+    message.setArguments(arguments);
+    return message;
+}
+
+// A question to the bus itself, answered within a short time or not at all.
+QVariantList BusCall(QDBusConnection &connection, const QString &method,
+                     const QVariantList &arguments) {
+    constexpr int kStartTimeoutMs = 3000;
+    const QDBusMessage reply =
+        connection.call(BusMessage(method, arguments), QDBus::Block, kStartTimeoutMs);
+    return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments() : QVariantList();
 }
 
 OSErr StatusOf(GError *error) {
@@ -102,28 +149,75 @@ QByteArray FileUriFromPath(const QByteArray &path) {
     return "file://" + path.toPercentEncoding("/");
 }
 
-DBusFileManager::DBusFileManager(QDBusConnection connection) : connection_(std::move(connection)) {}
+DBusFileManager::DBusFileManager(QDBusConnection connection)
+    : connection_(std::move(connection)),
+      watcher_(ServiceName(), connection_, QDBusServiceWatcher::WatchForOwnerChange) {
+    QObject::connect(
+        &watcher_, &QDBusServiceWatcher::serviceOwnerChanged, &context_,
+        [this](const QString &, const QString &, const QString &owner) { ownerChanged(owner); });
+    // Where things stand is asked once, at start, and waited for: the first
+    // choice may come at once. From then on the watch keeps it.
+    activatable_ = BusCall(connection_, QStringLiteral("ListActivatableNames"), {})
+                       .value(0)
+                       .toStringList()
+                       .contains(ServiceName());
+    const QString owner =
+        BusCall(connection_, QStringLiteral("GetNameOwner"), {ServiceName()}).value(0).toString();
+    if (!owner.isEmpty()) {
+        owner_ = owner;
+        pid_ = BusCall(connection_, QStringLiteral("GetConnectionUnixProcessID"), {owner})
+                   .value(0)
+                   .toUInt();
+        name_ = ProgramTitle(processes_.process(pid_));
+    }
+}
+
+void DBusFileManager::askBus(const QString &method, const QVariantList &arguments,
+                             std::function<void(const QDBusMessage &)> answered) {
+    auto *watcher = new QDBusPendingCallWatcher(
+        connection_.asyncCall(BusMessage(method, arguments)), &context_);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_,
+                     [answered = std::move(answered)](QDBusPendingCallWatcher *finished) {
+                         answered(finished->reply());
+                         finished->deleteLater();
+                     });
+}
+
+void DBusFileManager::ownerChanged(const QString &owner) {
+    owner_ = owner;
+    pid_ = 0;
+    name_.clear();
+    if (owner.isEmpty())
+        return;
+    askBus(QStringLiteral("GetConnectionUnixProcessID"), {owner},
+           [this, owner](const QDBusMessage &reply) {
+               if (owner != owner_ || reply.type() != QDBusMessage::ReplyMessage)
+                   return;
+               pid_ = reply.arguments().value(0).toUInt();
+               name_ = ProgramTitle(processes_.process(pid_));
+               qCDebug(lcFileManager, "the file manager is %s (process %lld)", qPrintable(name_),
+                       qlonglong(pid_));
+           });
+}
 
 bool DBusFileManager::serviceExists() {
-    if (!connection_.isConnected())
-        return false;
-    QDBusConnectionInterface *bus = connection_.interface();
-    const QDBusReply<bool> registered = bus->isServiceRegistered(ServiceName());
-    if (registered.isValid() && registered.value())
-        return true;
-    const QDBusReply<QStringList> activatable = bus->activatableServiceNames();
-    return activatable.isValid() && activatable.value().contains(ServiceName());
+    return !owner_.isEmpty() || activatable_;
 }
 
 std::int64_t DBusFileManager::serviceProcess() {
-    if (!connection_.isConnected())
-        return 0;
-    const QDBusReply<uint> pid = connection_.interface()->servicePid(ServiceName());
-    return pid.isValid() ? std::int64_t(pid.value()) : 0;
+    return pid_;
+}
+
+QString DBusFileManager::serviceName() {
+    return name_;
+}
+
+void DBusFileManager::setFailureHandler(std::function<void(const FailedRequest &)> handler) {
+    failureHandler_ = std::move(handler);
 }
 
 OSErr DBusFileManager::send(const QString &method, const QList<QByteArray> &paths) {
-    if (!serviceExists()) {
+    if (!connection_.isConnected() || !serviceExists()) {
         qCWarning(lcFileManager, "%s: the file manager service cannot be reached",
                   qPrintable(method));
         return connectionInvalid;
@@ -134,23 +228,32 @@ OSErr DBusFileManager::send(const QString &method, const QList<QByteArray> &path
     QDBusMessage message =
         QDBusMessage::createMethodCall(ServiceName(), QString::fromLatin1(kFileManagerPath),
                                        QString::fromLatin1(kFileManagerInterface), method);
-    // No start-up id: the window is brought forward through the window manager.
-    message << uris << QString();
+    // The token lets the file manager bring its window forward; nothing here
+    // forces it to the front.
+    message << uris << QString::fromLatin1(NewActivationToken());
 
-    // The answer is not awaited; a failure that comes later is only logged.
     const QDBusPendingCall pending = connection_.asyncCall(message, kFileManagerTimeoutMs);
     if (pending.isFinished() && pending.isError()) {
         qCWarning(lcFileManager, "%s could not be sent: %s", qPrintable(method),
                   qPrintable(pending.error().message()));
         return connectionInvalid;
     }
-    auto *watcher = new QDBusPendingCallWatcher(pending);
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished,
-                     [method](QDBusPendingCallWatcher *finished) {
-                         if (finished->isError())
-                             qCWarning(lcFileManager, "%s failed: %s", qPrintable(method),
-                                       qPrintable(finished->error().message()));
+    auto *watcher = new QDBusPendingCallWatcher(pending, &context_);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_,
+                     [this, method, paths](QDBusPendingCallWatcher *finished) {
                          finished->deleteLater();
+                         if (!finished->isError())
+                             return;
+                         const QDBusError error = finished->error();
+                         qCWarning(lcFileManager, "%s failed: %s: %s", qPrintable(method),
+                                   qPrintable(error.name()), qPrintable(error.message()));
+                         // A file manager that went away while asked never saw the request.
+                         const OSErr status =
+                             error.type() == QDBusError::NoReply && !owner_.isEmpty()
+                                 ? OSErr(errAETimeout)
+                                 : StatusOfFailure(error);
+                         if (failureHandler_)
+                             failureHandler_(FailedRequest{method.toLatin1(), paths, status});
                      });
     return noErr;
 }
@@ -191,7 +294,8 @@ OSErr DBusFileManager::alternativeOpenFolders(const QList<QByteArray> &paths) {
     for (const QByteArray &path : paths)
         files = g_list_append(files, g_file_new_for_path(path.constData()));
     GError *error = nullptr;
-    const gboolean launched = g_app_info_launch(application.get(), files, nullptr, &error);
+    const gboolean launched =
+        g_app_info_launch(application.get(), files, NewLaunchContext().get(), &error);
     g_list_free_full(files, g_object_unref);
     if (!launched) {
         qCWarning(lcFileManager, "the folder application did not start: %s", error->message);

@@ -7,25 +7,41 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QString>
 
 #include <cstdint>
+#include <functional>
 
 namespace platform {
+
+// A request to the service that failed after it was sent: connectionInvalid
+// when it never reached the file manager, errAETimeout when the file manager
+// did not answer in time, errAEEventFailed when it refused.
+struct FailedRequest {
+    QByteArray method; // "ShowFolders", "ShowItems", "ShowItemProperties"
+    QList<QByteArray> paths;
+    OSErr status = noErr;
+};
 
 class FileManager {
 public:
     virtual ~FileManager() = default;
 
-    // Whether the service has an owner on the bus or the bus can start it.
+    // Whether the service has an owner on the bus or the bus can start it, as
+    // last seen: the bus is never asked on the spot.
     virtual bool serviceExists() = 0;
-    // The process that owns the service; 0 while none does.
+    // The process that owns the service; 0 while none does or it is not known.
     virtual std::int64_t serviceProcess() = 0;
-    // Requests to the service, sent without waiting for the answer. Items are
-    // absolute paths. connectionInvalid when the request cannot be queued or
-    // the service cannot be reached.
+    // The service's program by name, for messages ("Files"); empty while unknown.
+    virtual QString serviceName() = 0;
+    // Requests to the service, sent without waiting for the answer, with the
+    // user's activation token. Items are absolute paths. connectionInvalid
+    // when the request cannot be sent; later failures go to the handler.
     virtual OSErr showFolders(const QList<QByteArray> &paths) = 0;
     virtual OSErr showItems(const QList<QByteArray> &paths) = 0;
     virtual OSErr showItemProperties(const QList<QByteArray> &paths) = 0;
+    // Called, from the event loop, for each request that fails once sent.
+    virtual void setFailureHandler(std::function<void(const FailedRequest &)> handler) = 0;
 
     // Whether the desktop has a default application for folders.
     virtual bool alternativeExists() = 0;

@@ -30,6 +30,8 @@ OSErr OSErrFromGioError(std::uint32_t domain, int code) {
             return userCanceledErr;
         case G_IO_ERROR_INVALID_ARGUMENT:
             return paramErr;
+        case G_IO_ERROR_NOT_SUPPORTED:
+            return unimpErr;
         default:
             return ioErr;
         }

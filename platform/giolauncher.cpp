@@ -1,6 +1,6 @@
-// GIO first: its headers use the word that Qt reserves for signals.
+#include "platform/gioobjects.h"
+
 #include <gio/gdesktopappinfo.h>
-#include <gio/gio.h>
 
 #include "platform/giolauncher.h"
 
@@ -8,22 +8,14 @@
 
 #include <QLoggingCategory>
 
-#include <memory>
+#include <algorithm>
 #include <vector>
 
-Q_LOGGING_CATEGORY(lcLauncher, "kestrel.launcher")
+Q_LOGGING_CATEGORY(lcLauncher, "kestrel.launcher", QtWarningMsg)
 
 namespace platform {
 
 namespace {
-
-struct GObjectDeleter {
-    void operator()(gpointer object) const {
-        if (object != nullptr)
-            g_object_unref(object);
-    }
-};
-template <typename T> using GObjectPtr = std::unique_ptr<T, GObjectDeleter>;
 
 OSErr StatusOf(GError *error, const char *what) {
     qCWarning(lcLauncher, "%s: %s", what, error->message);
@@ -64,29 +56,66 @@ void RecordPid(GDesktopAppInfo *, GPid pid, gpointer data) {
     *static_cast<std::int64_t *>(data) = pid;
 }
 
+OSErr Launch(GAppInfo *application, GFile *file) {
+    GList *files = g_list_append(nullptr, file);
+    GError *error = nullptr;
+    const gboolean launched =
+        g_app_info_launch(application, files, NewLaunchContext().get(), &error);
+    g_list_free(files);
+    return launched ? OSErr(noErr) : StatusOf(error, "the application did not start");
+}
+
+QString ContentTypeOf(GFile *file, GError **error) {
+    GObjectPtr<GFileInfo> info(g_file_query_info(file, G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
+                                                 G_FILE_QUERY_INFO_NONE, nullptr, error));
+    const char *type = info ? g_file_info_get_content_type(info.get()) : nullptr;
+    return QString::fromUtf8(type);
+}
+
+ApplicationInfo InfoOf(GAppInfo *application) {
+    ApplicationInfo info{g_app_info_get_id(application),
+                         QString::fromUtf8(g_app_info_get_display_name(application)),
+                         {}};
+    if (GIcon *icon = g_app_info_get_icon(application); icon != nullptr && G_IS_THEMED_ICON(icon)) {
+        if (const gchar *const *names = g_themed_icon_get_names(G_THEMED_ICON(icon)); names[0])
+            info.iconName = QString::fromUtf8(names[0]);
+    }
+    return info;
+}
+
 } // namespace
+
+GioLauncher::GioLauncher() {
+    // The first launch would otherwise connect GIO to the session bus and wait
+    // for it; connecting now, without waiting, keeps every launch from that.
+    // The connection is GIO's one for the whole program, kept for good.
+    static const bool connecting = [] {
+        g_bus_get(
+            G_BUS_TYPE_SESSION, nullptr,
+            [](GObject *, GAsyncResult *result, gpointer) {
+                static GDBusConnection *bus = g_bus_get_finish(result, nullptr);
+                Q_UNUSED(bus);
+            },
+            nullptr);
+        return true;
+    }();
+    Q_UNUSED(connecting);
+}
 
 OSErr GioLauncher::openWithDefaultApplication(const QByteArray &path) {
     GObjectPtr<GFile> file(g_file_new_for_path(path.constData()));
     GError *error = nullptr;
-    GObjectPtr<GFileInfo> info(g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
-                                                 G_FILE_QUERY_INFO_NONE, nullptr, &error));
-    if (!info)
+    const QString contentType = ContentTypeOf(file.get(), &error);
+    if (error != nullptr)
         return StatusOf(error, "cannot tell the type of the item");
-    const char *contentType = g_file_info_get_content_type(info.get());
-    if (contentType == nullptr)
+    if (contentType.isEmpty())
         return kLSApplicationNotFoundErr;
-    GObjectPtr<GAppInfo> application = ApplicationForType(contentType);
+    GObjectPtr<GAppInfo> application = ApplicationForType(contentType.toUtf8().constData());
     if (!application) {
-        qCInfo(lcLauncher, "no application opens %s", contentType);
+        qCInfo(lcLauncher, "no application opens %s", qPrintable(contentType));
         return kLSApplicationNotFoundErr;
     }
-    GList *files = g_list_append(nullptr, file.get());
-    const gboolean launched = g_app_info_launch(application.get(), files, nullptr, &error);
-    g_list_free(files);
-    if (!launched)
-        return StatusOf(error, "the application did not start");
-    return noErr;
+    return Launch(application.get(), file.get());
 }
 
 OSErr GioLauncher::openUrl(const QByteArray &url) {
@@ -112,8 +141,8 @@ OSErr GioLauncher::launchDesktopEntry(const QByteArray &entry, const QList<QByte
     std::int64_t started = 0;
     GError *error = nullptr;
     const gboolean launched = g_desktop_app_info_launch_uris_as_manager(
-        application.get(), uris, nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr, RecordPid,
-        &started, &error);
+        application.get(), uris, NewLaunchContext().get(), G_SPAWN_SEARCH_PATH, nullptr, nullptr,
+        RecordPid, &started, &error);
     g_list_free_full(uris, g_free);
     if (!launched)
         return StatusOf(error, "the application did not start");
@@ -132,16 +161,73 @@ OSErr GioLauncher::launchProgram(const QByteArray &program, const QList<QByteArr
     for (QByteArray &argument : storage)
         argv.push_back(argument.data());
     argv.push_back(nullptr);
+    gchar **environment = g_get_environ();
+    if (const QByteArray token = NewActivationToken(); !token.isEmpty())
+        environment = g_environ_setenv(environment, "DESKTOP_STARTUP_ID", token.constData(), TRUE);
     GPid started = 0;
     GError *error = nullptr;
     // Without G_SPAWN_DO_NOT_REAP_CHILD the program is reaped for us, and is
     // not left a zombie of this one.
-    if (!g_spawn_async(nullptr, argv.data(), nullptr, G_SPAWN_DEFAULT, nullptr, nullptr, &started,
-                       &error))
+    const gboolean spawned = g_spawn_async(nullptr, argv.data(), environment, G_SPAWN_DEFAULT,
+                                           nullptr, nullptr, &started, &error);
+    g_strfreev(environment);
+    if (!spawned)
         return StatusOf(error, "the program did not start");
     if (pid != nullptr)
         *pid = started;
     return noErr;
+}
+
+FileType GioLauncher::fileType(const QByteArray &path) {
+    GObjectPtr<GFile> file(g_file_new_for_path(path.constData()));
+    FileType type{ContentTypeOf(file.get(), nullptr), {}};
+    if (!type.contentType.isEmpty()) {
+        gchar *description = g_content_type_get_description(type.contentType.toUtf8().constData());
+        type.description = QString::fromUtf8(description);
+        g_free(description);
+    }
+    return type;
+}
+
+QList<ApplicationInfo> GioLauncher::applicationsFor(const QString &contentType,
+                                                    QList<ApplicationInfo> *others) {
+    QList<ApplicationInfo> declared;
+    GList *forType = g_app_info_get_all_for_type(contentType.toUtf8().constData());
+    for (GList *node = forType; node != nullptr; node = node->next)
+        declared.append(InfoOf(G_APP_INFO(node->data)));
+    g_list_free_full(forType, g_object_unref);
+    if (others != nullptr) {
+        others->clear();
+        GList *all = g_app_info_get_all();
+        for (GList *node = all; node != nullptr; node = node->next) {
+            auto *application = G_APP_INFO(node->data);
+            const ApplicationInfo info = InfoOf(application);
+            if (g_app_info_should_show(application) && !declared.contains(info))
+                others->append(info);
+        }
+        g_list_free_full(all, g_object_unref);
+        std::sort(others->begin(), others->end(), [](const auto &a, const auto &b) {
+            return a.name.localeAwareCompare(b.name) < 0;
+        });
+    }
+    return declared;
+}
+
+OSErr GioLauncher::openWith(const QByteArray &id, const QByteArray &path, bool makeDefault) {
+    GObjectPtr<GDesktopAppInfo> application(g_desktop_app_info_new(id.constData()));
+    if (!application)
+        return fnfErr;
+    GObjectPtr<GFile> file(g_file_new_for_path(path.constData()));
+    GError *error = nullptr;
+    qCDebug(lcLauncher, "opening %s with %s%s", path.constData(), id.constData(),
+            makeDefault ? ", from now on" : "");
+    if (makeDefault) {
+        const QString contentType = ContentTypeOf(file.get(), nullptr);
+        if (!g_app_info_set_as_default_for_type(G_APP_INFO(application.get()),
+                                                contentType.toUtf8().constData(), &error))
+            return StatusOf(error, "the default application could not be set");
+    }
+    return Launch(G_APP_INFO(application.get()), file.get());
 }
 
 } // namespace platform

@@ -7,10 +7,24 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QString>
 
 #include <cstdint>
 
 namespace platform {
+
+// An installed application, as the chooser of applications lists it.
+struct ApplicationInfo {
+    QByteArray id; // the desktop file id
+    QString name;
+    QString iconName;
+    friend bool operator==(const ApplicationInfo &, const ApplicationInfo &) = default;
+};
+
+struct FileType {
+    QString contentType; // "text/plain"; empty when it cannot be told
+    QString description; // "plain text document"
+};
 
 class Launcher {
 public:
@@ -28,6 +42,16 @@ public:
     // Starts a program with its arguments.
     virtual OSErr launchProgram(const QByteArray &program, const QList<QByteArray> &arguments,
                                 std::int64_t *pid) = 0;
+
+    // The type of a file, told by its name and contents.
+    virtual FileType fileType(const QByteArray &path) = 0;
+    // The applications that say they open `contentType`, most preferred first;
+    // `*others` (when not null) gets every other application, by name.
+    virtual QList<ApplicationInfo> applicationsFor(const QString &contentType,
+                                                   QList<ApplicationInfo> *others) = 0;
+    // Opens `path` in the application `id`; with `makeDefault`, that application
+    // becomes the default for the file's type first.
+    virtual OSErr openWith(const QByteArray &id, const QByteArray &path, bool makeDefault) = 0;
 };
 
 } // namespace platform

@@ -78,6 +78,10 @@ constexpr StatusMessage kFileStatuses[] = {
 
 // Statuses of the program's own services.
 constexpr StatusMessage kProgramStatuses[] = {
+    {unimpErr, QT_TRANSLATE_NOOP("StatusMessages", "This cannot be done here."),
+     QT_TRANSLATE_NOOP("StatusMessages",
+                       "The file system or the desktop does not offer it. Marking launchers as "
+                       "trusted needs the desktop's metadata store (GVfs).")},
     {memFullErr, QT_TRANSLATE_NOOP("StatusMessages", "There is not enough memory."),
      QT_TRANSLATE_NOOP("StatusMessages",
                        "Quit some programs, or make the folder shown in the menu smaller.")},
@@ -100,6 +104,14 @@ constexpr StatusMessage kProgramStatuses[] = {
     {errAEEventNotHandled, QT_TRANSLATE_NOOP("StatusMessages", "The file manager cannot do this."),
      QT_TRANSLATE_NOOP("StatusMessages",
                        "The file manager in use has no window for item properties.")},
+    {errAETimeout, QT_TRANSLATE_NOOP("StatusMessages", "The file manager did not answer in time."),
+     QT_TRANSLATE_NOOP("StatusMessages",
+                       "It may be busy or no longer responding. Try again, or restart it.")},
+    {errAEEventFailed,
+     QT_TRANSLATE_NOOP("StatusMessages", "The file manager could not carry out the request."),
+     QT_TRANSLATE_NOOP("StatusMessages",
+                       "It refused the request. The item may have gone, or the file manager may "
+                       "not handle items of this kind.")},
     {errFSNoMoreItems, QT_TRANSLATE_NOOP("StatusMessages", "There are no more items."),
      QT_TRANSLATE_NOOP("StatusMessages", "The end of the folder was reached.")},
     {kLSApplicationNotFoundErr,

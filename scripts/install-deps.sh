@@ -10,9 +10,10 @@ packages=(
     libglib2.0-dev libxcb1-dev qt6-svg-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     clang libclang-rt-14-dev
-    # run: icon themes, the virtual display, a window manager, a session bus
+    # run: icon themes, the virtual display, a window manager, a session bus, the
+    # desktop's metadata store (launchers the user trusted carry its mark)
     hicolor-icon-theme adwaita-icon-theme fonts-dejavu-core
-    xvfb xauth openbox dbus-daemon
+    xvfb xauth openbox dbus-daemon gvfs gvfs-daemons
     # tests and screenshots
     xdotool x11-utils imagemagick desktop-file-utils dpkg-dev python3 shared-mime-info
     # packaging checks

@@ -18,6 +18,10 @@ public:
 
     bool serviceExists() override { return hasService; }
     std::int64_t serviceProcess() override { return servicePid; }
+    QString serviceName() override { return QStringLiteral("Fake Files"); }
+    void setFailureHandler(std::function<void(const FailedRequest &)> handler) override {
+        failed = std::move(handler);
+    }
     OSErr showFolders(const QList<QByteArray> &paths) override {
         return record("ShowFolders", paths);
     }
@@ -45,6 +49,7 @@ public:
     OSErr failure = noErr;
     int failFrom = 1;
     QList<Request> requests;
+    std::function<void(const FailedRequest &)> failed; // the handler set
 
 private:
     OSErr record(const char *what, const QList<QByteArray> &paths) {

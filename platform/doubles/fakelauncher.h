@@ -10,7 +10,7 @@ namespace platform {
 class FakeLauncher : public Launcher {
 public:
     struct Launch {
-        QByteArray what; // "Default", "Url", "Entry", "Program"
+        QByteArray what; // "Default", "Url", "Entry", "Program", "With", "WithAsDefault"
         QByteArray target;
         QList<QByteArray> arguments;
         friend bool operator==(const Launch &, const Launch &) = default;
@@ -29,6 +29,19 @@ public:
         return record({"Program", program, arguments}, pid);
     }
 
+    FileType fileType(const QByteArray &) override { return type; }
+    QList<ApplicationInfo> applicationsFor(const QString &,
+                                           QList<ApplicationInfo> *others) override {
+        if (others != nullptr)
+            *others = otherApplications;
+        return declaredApplications;
+    }
+    OSErr openWith(const QByteArray &id, const QByteArray &path, bool makeDefault) override {
+        return record({makeDefault ? "WithAsDefault" : "With", path, {id}}, nullptr);
+    }
+
+    FileType type{QStringLiteral("application/x-kestrel"), QStringLiteral("Kestrel document")};
+    QList<ApplicationInfo> declaredApplications, otherApplications;
     OSErr failure = noErr;
     std::int64_t nextPid = 4242;
     QList<Launch> launches;

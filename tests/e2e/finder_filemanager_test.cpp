@@ -1,396 +1,213 @@
-// The file manager requests on a real session bus, answered by a fake file
-// manager that records every call; the folder application and the launcher
-// through GIO, with the fake standing in for every application.
-#include "finder/finderevents.h"
-#include "platform/dbusfilemanager.h"
-#include "platform/doubles/fakealerts.h"
-#include "platform/doubles/fakefrontwindow.h"
-#include "platform/doubles/fakelauncher.h"
-#include "platform/doubles/fakeprocesses.h"
-#include "platform/giolauncher.h"
-#include "platform/service.h"
+// Choosing items in the real program on a private desktop (Xvfb, openbox, a
+// session bus with the desktop's metadata store and a fake file manager that
+// records every request): what runs, what asks first, what says why, and that
+// no click waits on another program, not even on a stopped bus.
 #include "tests/support/desktopsession.h"
-#include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 
 #include <gtest/gtest.h>
 
 #include <QDBusConnection>
-#include <QDir>
-#include <QFile>
-#include <QJsonArray>
+#include <QDBusConnectionInterface>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QThread>
 
 #include <csignal>
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString kFakeProgram = QStringLiteral(KESTREL_FAKE_FILEMANAGER);
+const QByteArray kFake = KESTREL_FAKE_FILEMANAGER;
 
-struct Record {
-    QString method;
-    QList<QByteArray> paths; // the URIs, decoded
-    QStringList uris;
-    qint64 pid = 0;
-};
-
-QByteArray PathFromUri(const QString &uri) {
-    const QByteArray ascii = uri.toLatin1();
-    EXPECT_TRUE(ascii.startsWith("file://")) << qPrintable(uri);
-    return QByteArray::fromPercentEncoding(ascii.mid(7));
-}
-
-QList<Record> ReadRecords(const QString &log) {
-    QList<Record> records;
-    QFile file(log);
-    if (!file.open(QIODevice::ReadOnly))
-        return records;
-    for (const QByteArray &line : file.readAll().split('\n')) {
-        if (line.isEmpty())
-            continue;
-        const QJsonObject object = QJsonDocument::fromJson(line).object();
-        Record record;
-        record.method = object.value(QStringLiteral("method")).toString();
-        record.pid = object.value(QStringLiteral("pid")).toInteger();
-        for (const QJsonValue &uri : object.value(QStringLiteral("uris")).toArray()) {
-            record.uris.append(uri.toString());
-            // Applications may be handed paths rather than addresses.
-            if (uri.toString().startsWith(QStringLiteral("file://")))
-                record.paths.append(PathFromUri(uri.toString()));
-            else if (uri.toString().startsWith(u'/'))
-                record.paths.append(QFile::encodeName(uri.toString()));
-        }
-        records.append(record);
+// What the fake file manager was asked, or how the fake application was
+// started: "method", "uris", "token" and "pid".
+QList<QVariantMap> Records(const QByteArray &log) {
+    QList<QVariantMap> records;
+    for (const QByteArray &line : ReadFile(log).split('\n')) {
+        if (!line.isEmpty())
+            records.append(QJsonDocument::fromJson(line).object().toVariantMap());
     }
     return records;
 }
 
-// The applications the desktop knows, for the whole test program: GLib reads
-// the data folders once, so they are set before anything asks it.
-class DesktopData : public ::testing::Environment {
-public:
-    void SetUp() override {
-        ASSERT_TRUE(dir.isValid());
-        root = QFile::encodeName(dir.path());
-        qputenv("XDG_DATA_HOME", root + "/home-data");
-        qputenv("XDG_DATA_DIRS", root + "/data");
-        // GIO announces launches on the session bus; there is none for it here.
-        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + root + "/no-bus");
-        const QByteArray fake = QFile::encodeName(kFakeProgram);
-        const QByteArray apps = root + "/data/applications/";
-        WriteFile(apps + "kestrel-folders.desktop",
-                  "[Desktop Entry]\nType=Application\nName=Folders\nExec=" + fake + " --program " +
-                      log("folders") + " %U\nMimeType=inode/directory;\n");
-        WriteFile(apps + "kestrel-viewer.desktop",
-                  "[Desktop Entry]\nType=Application\nName=Viewer\nExec=" + fake + " --program " +
-                      log("viewer") +
-                      " %F\nMimeType=text/x-kestrel-document;application/x-kestrel-both;\n");
-        WriteFile(apps + "kestrel-console.desktop",
-                  "[Desktop Entry]\nType=Application\nName=Console Editor\nTerminal=true\nExec=" +
-                      fake + " --program " + log("console") +
-                      " %F\nMimeType=application/x-kestrel-console;application/x-kestrel-both;\n");
-        WriteFile(apps + "mimeapps.list", "[Default Applications]\n"
-                                          "inode/directory=kestrel-folders.desktop\n"
-                                          "application/x-kestrel-both=kestrel-console.desktop\n");
-        QByteArray types = "<?xml version=\"1.0\"?>\n<mime-info "
-                           "xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n";
-        for (const char *type :
-             {"text/x-kestrel-document:kdoc", "application/x-kestrel-console:kcon",
-              "application/x-kestrel-both:kboth"}) {
-            const QList<QByteArray> parts = QByteArray(type).split(':');
-            types += "<mime-type type=\"" + parts[0] + "\"><glob pattern=\"*." + parts[1] +
-                     "\"/></mime-type>\n";
-        }
-        WriteFile(root + "/data/mime/packages/kestrel.xml", types + "</mime-info>\n");
-        // GIO reads types and handlers from the caches these tools write.
-        for (const auto &[tool, folder] :
-             {std::pair{"update-mime-database", "/data/mime"},
-              std::pair{"update-desktop-database", "/data/applications"}}) {
-            QProcess update;
-            update.start(QString::fromLatin1(tool), {QFile::decodeName(root + folder)});
-            ASSERT_TRUE(update.waitForFinished(30000)) << tool;
-            ASSERT_EQ(update.exitCode(), 0) << update.readAllStandardError().constData();
-        }
-    }
-    QByteArray log(const char *name) const { return root + "/" + name + ".log"; }
-
-    QTemporaryDir dir;
-    QByteArray root;
-};
-
-DesktopData *desktopData =
-    static_cast<DesktopData *>(::testing::AddGlobalTestEnvironment(new DesktopData));
-
-// Waits for the log to hold `count` records.
-QList<Record> WaitForRecords(const QString &log, qsizetype count) {
-    WaitFor([&] { return ReadRecords(log).size() >= count; }, 10000);
-    return ReadRecords(log);
-}
-
-class FileManagerSession : public ::testing::Test {
+class ChoosingItems : public ::testing::Test {
 protected:
-    void StartSession(DesktopSession::Options options, bool withFileManager) {
-        options.windowManager = false;
+    // The file manager is one the bus starts at the first request, or, when
+    // `silent`, one that holds its name from the start and never answers.
+    void Start() {
+        const QByteArray services = root + "/services/", apps = root + "/data/applications/";
+        const QByteArray fm = silent ? "/bin/false" : kFake + " " + fmLog;
+        for (const auto &[name, exec] : {std::pair{"org.gtk.vfs.Daemon", "/usr/libexec/gvfsd"},
+                                         {"org.gtk.vfs.Metadata", "/usr/libexec/gvfsd-metadata"},
+                                         {"org.freedesktop.FileManager1", fm.constData()}})
+            WriteFile(services + name + ".service",
+                      "[D-BUS Service]\nName=" + QByteArray(name) + "\nExec=" + exec + "\n");
+        DesktopSession::Options options;
+        options.busServiceDir = QFile::decodeName(services);
         session = std::make_unique<DesktopSession>(options);
         ASSERT_TRUE(session->failure().isEmpty()) << qPrintable(session->failure());
-        if (withFileManager) {
-            session->start(kFakeProgram, {serviceLog},
-                           session->environment(QProcessEnvironment::systemEnvironment()));
-            const QList<Record> started = WaitForRecords(serviceLog, 1);
-            ASSERT_EQ(started.size(), 1);
-            ASSERT_EQ(started.first().method, QStringLiteral("Started"));
-            fakePid = started.first().pid;
+        ASSERT_EQ(::access("/usr/libexec/gvfsd-metadata", X_OK), 0) << "GVfs is not installed";
+
+        // This desktop's applications alone: the only one that says it opens
+        // text runs in a terminal.
+        const QByteArray entry =
+            "[Desktop Entry]\nType=Application\nExec=" + kFake + " --program " + runLog + " ";
+        WriteFile(apps + "viewer.desktop", entry + "viewer %F\nName=Viewer\n");
+        WriteFile(apps + "console.desktop", entry + "console %F\nName=Console\nTerminal=true\n"
+                                                    "MimeType=text/plain;\n");
+        QProcessEnvironment env = session->environment(environment.processEnvironment());
+        env.insert(u"XDG_DATA_DIRS"_s, QFile::decodeName(root + "/data"));
+        env.insert(u"QT_LOGGING_RULES"_s, u"kestrel.*=true"_s);
+        if (silent) {
+            session->start(QFile::decodeName(kFake), {QFile::decodeName(fmLog), u"--silent"_s},
+                           env);
+            ASSERT_TRUE(WaitFor([&] { return !::Records(fmLog).isEmpty(); }));
         }
-        bus = std::make_unique<QDBusConnection>(QDBusConnection::connectToBus(
-            session->busAddress(), QStringLiteral("finder-test-%1").arg(++connections)));
-        ASSERT_TRUE(bus->isConnected());
-        fileManager = std::make_unique<platform::DBusFileManager>(*bus);
-        fileManagerGuard =
-            std::make_unique<platform::ScopedService<platform::FileManager>>(fileManager.get());
-        root = environment.root() + "/items";
-        ASSERT_TRUE(QDir().mkpath(QFile::decodeName(root)));
+        program = session->start(QStringLiteral(KESTREL_PROGRAM), {}, env);
+        ASSERT_TRUE(WaitForLog("running", 15000)) << log().constData();
+        titles = Windows();
+
+        // The first run's links give way to these items, in this order.
+        for (const char *name : {"File System", "applications", "home"})
+            ::unlink((menu + name).constData());
+        ::symlink((menu + "Docs/missing/../secret.txt").constData(), (menu + "broken").constData());
+        WriteFile(menu + "Docs/secret.txt", "secret\n");
+        WriteFile(menu + "holiday.desktop", entry + "holiday\nName=Holiday.pdf\n");
+        WriteFile(menu + "notes.txt", "notes\n");
+        WriteFile(menu + "tool.desktop", entry + "tool\nName=Tool.pdf\n");
+        ::chmod((menu + "tool.desktop").constData(), 0755); // executable, yet not marked
+        ::symlink((apps + "viewer.desktop").constData(), (menu + "viewer.desktop").constData());
     }
 
     void TearDown() override {
-        // A file manager the bus started is this test's to stop.
-        for (const Record &record : ReadRecords(serviceLog)) {
-            if (record.method == QStringLiteral("Started") && record.pid != fakePid)
-                ::kill(pid_t(record.pid), SIGTERM);
-        }
-        // Names that are not UTF-8 are beyond QTemporaryDir's clean-up.
-        for (auto it = made.rbegin(); it != made.rend(); ++it)
-            ::remove(it->constData());
-        fileManagerGuard.reset();
-        fileManager.reset();
-        if (bus)
-            QDBusConnection::disconnectFromBus(bus->name());
-        bus.reset();
+        if (busPid != 0)
+            ::kill(busPid, SIGCONT);
+        // A file manager that the bus started is this test's to stop.
+        if (const QList<QVariantMap> started = ::Records(fmLog); !silent && !started.isEmpty())
+            ::kill(pid_t(started.first()[u"pid"_s].toLongLong()), SIGTERM);
         session.reset();
     }
 
-    QByteArray MakeFolder(const QByteArray &name) {
-        const QByteArray path = root + "/" + name;
-        EXPECT_EQ(::mkdir(path.constData(), 0755), 0) << path.constData();
-        made.append(path);
-        return path;
+    const QByteArray &log() { return log_ += program->readAllStandardError(); }
+    bool WaitForLog(const char *text, int timeoutMs = 10000) {
+        return WaitFor([&] { return log().contains(text); }, timeoutMs);
     }
-    QByteArray MakeFile(const QByteArray &name) {
-        const QByteArray path = root + "/" + name;
-        WriteFile(path, "contents\n");
-        made.append(path);
-        return path;
+    QByteArray Xdotool(const QString &arguments) const {
+        return session->run(u"xdotool"_s, arguments.split(u' '));
     }
-    QList<Record> ServiceCalls(qsizetype count) {
-        QList<Record> records = WaitForRecords(serviceLog, count + 1);
-        records.removeFirst(); // "Started"
-        return records;
+    // The visible windows of the program that are not its titles.
+    QList<QByteArray> Windows() const {
+        QList<QByteArray> windows =
+            Xdotool(u"search --onlyvisible --pid %1"_s.arg(program->processId())).split('\n');
+        windows.removeIf([&](const QByteArray &w) { return w.isEmpty() || titles.contains(w); });
+        return windows;
+    }
+    // A click on the title: whether its menu shows within three seconds, far
+    // less than any bus time-out.
+    bool ClickTitle() {
+        Xdotool(u"mousemove 20 10 click 1"_s);
+        return WaitFor([&] { return !Windows().isEmpty(); }, 3000);
+    }
+    // The n-th item of the menu, chosen with `key`; returns once the menu is gone.
+    void Choose(int n, const QString &key = u"Return"_s) {
+        ASSERT_TRUE(ClickTitle());
+        const QList<QByteArray> menu = Windows();
+        Xdotool(u"key "_s + u"Down "_s.repeated(n) + key);
+        ASSERT_TRUE(WaitFor([&] { return !Windows().contains(menu.first()); }));
+    }
+    // Presses `keys` in the program's alert or dialog once it has the input
+    // focus, and waits for it to go.
+    void Answer(const QString &keys) {
+        ASSERT_TRUE(WaitFor([&] { return !Windows().isEmpty(); }));
+        const QByteArray window = Windows().first();
+        Xdotool(u"windowactivate --sync "_s + QString::fromLatin1(window));
+        ASSERT_TRUE(WaitFor([&] { return Xdotool(u"getwindowfocus"_s).trimmed() == window; }));
+        Xdotool(u"key "_s + keys);
+        ASSERT_TRUE(WaitFor([&] { return !Windows().contains(window); }));
+    }
+    QList<QVariantMap> Records(const QByteArray &log, qsizetype count) {
+        WaitFor([&] { return ::Records(log).size() >= count; });
+        return ::Records(log);
     }
 
     TempEnvironment environment;
-    QTemporaryDir logs;
-    QString serviceLog = logs.filePath(QStringLiteral("service.log"));
+    QByteArray root = environment.root(), fmLog = root + "/fm.log", runLog = root + "/runs.log";
+    QByteArray menu = environment.configHome() + "/Kestrel Menu Items/";
     std::unique_ptr<DesktopSession> session;
-    std::unique_ptr<QDBusConnection> bus;
-    std::unique_ptr<platform::DBusFileManager> fileManager;
-    std::unique_ptr<platform::ScopedService<platform::FileManager>> fileManagerGuard;
-    qint64 fakePid = 0;
-    QByteArray root;
-    QList<QByteArray> made;
-    inline static int connections = 0;
-
-    Installed<platform::FakeLauncher, platform::Launcher> launcher;
-    Installed<platform::FakeFrontWindow, platform::FrontWindow> front;
-    Installed<platform::FakeAlerts, platform::Alerts> alerts;
-    Installed<platform::FakeProcesses, platform::Processes> processes;
+    QProcess *program = nullptr;
+    QByteArray log_;
+    QList<QByteArray> titles;
+    pid_t busPid = 0;
+    bool silent = false;
 };
 
-TEST_F(FileManagerSession, OpenRevealAndGetInfoSendTheExactRequests) {
-    StartSession({}, true);
-    const QByteArray folder = MakeFolder("Folder");
-    const QByteArray file = MakeFile("file.txt");
-    const QByteArray bundle = MakeFolder("Tool.AppDir");
-    WriteFile(bundle + "/AppRun", "#!/bin/sh\n");
-    ASSERT_EQ(::chmod((bundle + "/AppRun").constData(), 0755), 0);
-    const QByteArray link = root + "/Folder link";
-    ASSERT_EQ(::symlink(folder.constData(), link.constData()), 0);
+TEST_F(ChoosingItems, LaunchersRunOnlyWhenTrustedAndFailuresSayWhy) {
+    Start();
+    Choose(3); // holiday.desktop, shown by its file name
+    ASSERT_TRUE(WaitForLog("asking before launching"));
+    Answer(u"Escape"_s);
+    EXPECT_TRUE(::Records(runLog).isEmpty()) << "nothing runs until the user says so";
+    Choose(3);
+    Answer(u"alt+l"_s);
+    EXPECT_TRUE(Records(runLog, 1).value(0)[u"token"_s].toString().contains("_TIME"_L1))
+        << "it may come forward";
+    Choose(3);
+    Answer(u"alt+t"_s);
+    ASSERT_TRUE(WaitForLog("marked as trusted")) << log().constData();
+    EXPECT_EQ(::access((menu + "holiday.desktop").constData(), X_OK), 0);
+    Choose(3); // now "Holiday.pdf", in the same place
+    Choose(6); // a link to an installed application
+    ASSERT_EQ(Records(runLog, 4).size(), 4);
+    EXPECT_EQ(::Records(runLog)[3][u"uris"_s].toStringList(), QStringList{u"viewer"_s});
+    EXPECT_EQ(log().count("asking before launching"), 3);
 
-    const auto Do = [](FinderAction action, const QByteArray &path) {
-        const FSSpec spec{path};
-        return DoFinderFile(action, &spec, nullptr);
-    };
-    EXPECT_EQ(Do(kFinderOpen, folder), noErr);
-    EXPECT_EQ(Do(kFinderOpen, link), noErr);
-    EXPECT_EQ(Do(kFinderReveal, file), noErr);
-    EXPECT_EQ(Do(kFinderGetInfo, folder), noErr);
-    EXPECT_EQ(Do(kFinderGetInfo, file), noErr);
-    EXPECT_EQ(Do(kFinderReveal, bundle), noErr);
-    EXPECT_EQ(Do(kFinderGetInfo, bundle), noErr);
-    EXPECT_EQ(Do(kFinderOpen, bundle), noErr); // started, not shown
-    EXPECT_EQ(Do(kFinderOpen, file), noErr);   // its own application
-
-    const QList<Record> calls = ServiceCalls(7);
-    ASSERT_EQ(calls.size(), 7);
-    const QList<std::pair<QString, QByteArray>> expected{
-        {QStringLiteral("ShowFolders"), folder},
-        {QStringLiteral("ShowFolders"), folder},
-        {QStringLiteral("ShowItems"), file},
-        {QStringLiteral("ShowItemProperties"), folder},
-        {QStringLiteral("ShowItemProperties"), file},
-        {QStringLiteral("ShowItems"), bundle},
-        {QStringLiteral("ShowItemProperties"), bundle}};
-    for (qsizetype i = 0; i < calls.size(); ++i) {
-        EXPECT_EQ(calls[i].method, expected[i].first) << i;
-        EXPECT_EQ(calls[i].paths, QList<QByteArray>{expected[i].second}) << i;
-    }
-    EXPECT_EQ(launcher.launches, (QList<platform::FakeLauncher::Launch>{
-                                     {"Program", bundle + "/AppRun", {}}, {"Default", file, {}}}));
-    // The bus names the service's process: two folders opened, two reveals
-    // and three information windows brought it forward.
-    EXPECT_EQ(front.broughtToFront.size(), 7);
-    for (const ProcessSerialNumber &psn : front.broughtToFront)
-        EXPECT_EQ(psn.pid, fakePid);
-    EXPECT_TRUE(alerts.alerts.isEmpty());
-}
-
-TEST_F(FileManagerSession, OddNamesArriveByteForByte) {
-    StartSession({}, true);
-    const QList<QByteArray> names{"with space",        "hash#tag",           "100% sure",
-                                  "line\nbreak",       "\xff\xfe not UTF-8", "caf\xc3\xa9 ?&=+",
-                                  QByteArray(255, 'n')};
-    for (const QByteArray &name : names) {
-        const FSSpec spec{MakeFile(name)};
-        EXPECT_EQ(DoFinderFile(kFinderReveal, &spec, nullptr), noErr);
-    }
-    const FSSpec folder{MakeFolder("folder #%\n\x80")};
-    EXPECT_EQ(DoFinderFile(kFinderOpen, &folder, nullptr), noErr);
-
-    const QList<Record> calls = ServiceCalls(names.size() + 1);
-    ASSERT_EQ(calls.size(), names.size() + 1);
-    for (qsizetype i = 0; i < names.size(); ++i) {
-        EXPECT_EQ(calls[i].paths, QList<QByteArray>{root + "/" + names[i]}) << i;
-        // Nothing that a URI reader would take for a fragment or a query.
-        EXPECT_FALSE(calls[i].uris.first().contains(u'#'));
-        EXPECT_FALSE(calls[i].uris.first().contains(u'?'));
-    }
-    EXPECT_EQ(calls.last().method, QStringLiteral("ShowFolders"));
-    EXPECT_EQ(calls.last().paths, QList<QByteArray>{folder.path});
-}
-
-TEST_F(FileManagerSession, AnActivatableServiceIsStartedByTheBus) {
-    QTemporaryDir services;
-    WriteFile(QFile::encodeName(
-                  services.filePath(QStringLiteral("org.freedesktop.FileManager1.service"))),
-              "[D-BUS Service]\nName=org.freedesktop.FileManager1\nExec=" +
-                  QFile::encodeName(kFakeProgram) + " " + QFile::encodeName(serviceLog) + "\n");
-    DesktopSession::Options options;
-    options.busServiceDir = services.path();
-    StartSession(options, false);
-    EXPECT_TRUE(fileManager->serviceExists());
-    EXPECT_EQ(fileManager->serviceProcess(), 0);
-
-    const FSSpec file{MakeFile("report.pdf")};
-    EXPECT_EQ(DoFinderFile(kFinderReveal, &file, nullptr), noErr);
-    const QList<Record> calls = ServiceCalls(1);
-    ASSERT_EQ(calls.size(), 1);
-    EXPECT_EQ(calls.first().method, QStringLiteral("ShowItems"));
-    EXPECT_EQ(calls.first().paths, QList<QByteArray>{file.path});
-    EXPECT_TRUE(alerts.alerts.isEmpty());
-}
-
-TEST_F(FileManagerSession, WithoutTheServiceTheFolderApplicationStandsIn) {
-    StartSession({}, false);
-    EXPECT_FALSE(fileManager->serviceExists());
-    EXPECT_EQ(fileManager->showItems({root}), connectionInvalid);
-
-    const QString folderLog = QFile::decodeName(desktopData->log("folders"));
-    QFile::remove(folderLog);
-    const FSSpec folder{MakeFolder("Open me #1")};
-    EXPECT_EQ(DoFinderFile(kFinderOpen, &folder, nullptr), noErr);
-    QList<Record> runs = WaitForRecords(folderLog, 1);
-    ASSERT_EQ(runs.size(), 1);
-    EXPECT_EQ(runs.first().paths, QList<QByteArray>{folder.path});
-
-    // Reveal opens the folder that holds the item; get info cannot be had.
-    const FSSpec file{MakeFile("odd \xff name")};
-    EXPECT_EQ(DoFinderFile(kFinderReveal, &file, nullptr), noErr);
-    runs = WaitForRecords(folderLog, 2);
-    ASSERT_EQ(runs.size(), 2);
-    EXPECT_EQ(runs.last().paths, QList<QByteArray>{root});
-    EXPECT_EQ(DoFinderFile(kFinderGetInfo, &file, nullptr), errAEEventNotHandled);
-    EXPECT_TRUE(alerts.alerts.isEmpty());
-}
-
-// The real launcher, with the fake as every application.
-class LauncherTest : public ::testing::Test {
-protected:
-    QByteArray MakeFile(const QByteArray &name) {
-        const QByteArray path = environment.root() + "/" + name;
-        WriteFile(path, "contents\n");
-        return path;
-    }
-    TempEnvironment environment;
-    platform::GioLauncher launcher;
-};
-
-TEST_F(LauncherTest, DocumentsOpenInTheirApplicationButNeverSilentlyInATerminal) {
-    const QString viewerLog = QFile::decodeName(desktopData->log("viewer"));
-    const QString consoleLog = QFile::decodeName(desktopData->log("console"));
-    QFile::remove(viewerLog);
-    QFile::remove(consoleLog);
-
-    const QByteArray document = MakeFile("letter \xe2\x80\x94 draft.kdoc");
-    EXPECT_EQ(launcher.openWithDefaultApplication(document), noErr);
-    // Set as the default, the terminal program is passed over for the other.
-    const QByteArray both = MakeFile("both.kboth");
-    EXPECT_EQ(launcher.openWithDefaultApplication(both), noErr);
-    const QList<Record> runs = WaitForRecords(viewerLog, 2);
-    ASSERT_EQ(runs.size(), 2);
-    // Two programs started one after the other may write in either order.
-    QStringList opened = runs[0].uris + runs[1].uris;
-    opened.sort();
-    QStringList expected{QFile::decodeName(document), QFile::decodeName(both)};
-    expected.sort();
-    EXPECT_EQ(opened, expected);
-
-    // Only a terminal program could open it: nothing is started.
-    EXPECT_EQ(launcher.openWithDefaultApplication(MakeFile("notes.kcon")),
-              kLSApplicationNotFoundErr);
-    EXPECT_EQ(launcher.openWithDefaultApplication(environment.root() + "/gone.kdoc"), fnfErr);
-    QThread::msleep(300);
-    EXPECT_FALSE(QFile::exists(consoleLog));
-}
-
-TEST_F(LauncherTest, EntriesAndProgramsStartWithTheirProcessId) {
-    const QString viewerLog = QFile::decodeName(desktopData->log("viewer"));
-    QFile::remove(viewerLog);
-    const QByteArray document = MakeFile("a.kdoc");
-    std::int64_t pid = 0;
+    Choose(1); // the broken link, whose ".." must not reach the file beside it
+    ASSERT_TRUE(WaitForLog("alert: “broken” points to")) << log().constData();
+    Answer(u"alt+s"_s); // Show in Folder
+    const QList<QVariantMap> requests = Records(fmLog, 2);
+    ASSERT_EQ(requests.size(), 2);
+    EXPECT_EQ(requests[1][u"method"_s], u"ShowItems"_s);
     EXPECT_EQ(
-        launcher.launchDesktopEntry(desktopData->root + "/data/applications/kestrel-viewer.desktop",
-                                    {document}, &pid),
-        noErr);
-    QList<Record> runs = WaitForRecords(viewerLog, 1);
-    ASSERT_EQ(runs.size(), 1);
-    EXPECT_EQ(runs.first().pid, pid);
-    EXPECT_EQ(runs.first().uris, QStringList{QFile::decodeName(document)});
+        requests[1][u"uris"_s].toStringList(),
+        QStringList{QString::fromLatin1("file://" + (menu + "broken").toPercentEncoding("/"))});
+    EXPECT_TRUE(requests[1][u"token"_s].toString().contains("_TIME"_L1));
 
-    const QString programLog = QFile::decodeName(environment.root() + "/program.log");
-    EXPECT_EQ(launcher.launchProgram(QFile::encodeName(kFakeProgram),
-                                     {"--program", QFile::encodeName(programLog), "x y"}, &pid),
-              noErr);
-    runs = WaitForRecords(programLog, 1);
-    ASSERT_EQ(runs.size(), 1);
-    EXPECT_EQ(runs.first().pid, pid);
-    EXPECT_EQ(runs.first().uris, QStringList{QStringLiteral("x y")});
+    Choose(4); // notes.txt: its one application runs in a terminal
+    ASSERT_TRUE(WaitForLog("alert: No application is set to open “notes.txt”"));
+    Answer(u"alt+o"_s);
+    // Console first, then the others: Viewer, and as the default from now on.
+    Answer(u"Down Tab space Return"_s);
+    Choose(4);
+    const QList<QVariantMap> runs = Records(runLog, 6).mid(4);
+    ASSERT_EQ(runs.size(), 2);
+    for (const QVariantMap &run : runs)
+        EXPECT_EQ(run[u"uris"_s].toStringList(),
+                  (QStringList{u"viewer"_s, QFile::decodeName(menu + "notes.txt")}));
+    EXPECT_EQ(log().count("alert:"), 2);
+}
 
-    EXPECT_EQ(launcher.launchProgram(environment.root() + "/no-such-program", {}, &pid), fnfErr);
-    EXPECT_EQ(launcher.launchDesktopEntry(environment.root() + "/none.desktop", {}, &pid), fnfErr);
+TEST_F(ChoosingItems, NoClickWaitsOnAnotherProgram) {
+    silent = true;
+    Start();
+    // With the session bus stopped the menu still shows (with a launcher whose
+    // trust mark is looked up), a request is sent, and the title answers.
+    QDBusConnection bus = QDBusConnection::connectToBus(session->busAddress(), u"test"_s);
+    busPid = pid_t(bus.interface()->servicePid(u"org.freedesktop.DBus"_s).value());
+    QDBusConnection::disconnectFromBus(u"test"_s);
+    ASSERT_EQ(::kill(busPid, SIGSTOP), 0);
+    Choose(2, u"space"_s); // Docs
+    EXPECT_TRUE(ClickTitle());
+    Xdotool(u"key Escape"_s);
+    ::kill(std::exchange(busPid, 0), SIGCONT);
+
+    // The file manager has the request and never answers.
+    ASSERT_EQ(Records(fmLog, 2).size(), 2);
+    EXPECT_TRUE(ClickTitle());
+    Xdotool(u"key Escape"_s);
+    EXPECT_TRUE(WaitForLog("did not answer in time to show “Docs”", 40000)) << log().constData();
 }
 
 } // namespace

@@ -1,88 +1,89 @@
+// Making links in a menu folder and following them, on real files.
 #include "finder/alias.h"
+#include "tests/support/tempenvironment.h"
 
-#include <QDir>
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#include <QFileInfo>
 
 #include <unistd.h>
 
 namespace {
 
-QByteArray LinkTarget(const QByteArray &path) {
-    char buffer[4096];
-    const ssize_t length = ::readlink(path.constData(), buffer, sizeof buffer);
-    return length < 0 ? QByteArray() : QByteArray(buffer, length);
-}
-
 class AliasTest : public ::testing::Test {
 protected:
-    QByteArray root() const { return QFile::encodeName(dir.path()); }
-    FSSpec folder() const { return {root()}; }
-
-    QTemporaryDir dir;
+    QByteArray Link(const QByteArray &name) const {
+        QByteArray target(4096, '\0');
+        return target.left(::readlink((root + "/" + name).constData(), target.data(), 4096));
+    }
+    TempEnvironment environment;
+    QByteArray root =
+        QFile::encodeName(QFileInfo(QFile::decodeName(environment.root())).canonicalFilePath());
+    FSSpec folder{root};
 };
 
-TEST_F(AliasTest, TakenNamesCountUpBeforeTheExtension) {
-    const FSSpec report{"/srv/docs/report.pdf"};
-    const FSSpec folderSpec = folder();
-    for (int i = 0; i < 3; ++i)
-        ASSERT_EQ(CreateAlias(&report, &folderSpec), noErr);
-    EXPECT_EQ(LinkTarget(root() + "/report.pdf"), "/srv/docs/report.pdf");
-    EXPECT_EQ(LinkTarget(root() + "/report (2).pdf"), "/srv/docs/report.pdf");
-    EXPECT_EQ(LinkTarget(root() + "/report (3).pdf"), "/srv/docs/report.pdf");
-
-    // A leading dot starts no extension, and neither does a trailing one.
-    EXPECT_EQ(AliasName("/home/u/.bashrc", 2), ".bashrc (2)");
-    EXPECT_EQ(AliasName("/srv/archive.tar.gz", 2), "archive.tar (2).gz");
-    EXPECT_EQ(AliasName("/srv/odd.", 3), "odd. (3)");
-    EXPECT_EQ(AliasName("/", 1), "File System");
-}
-
-TEST_F(AliasTest, OddNamesSurviveByteForByte) {
-    const FSSpec folderSpec = folder();
-    for (const QByteArray &name : {QByteArray("two words"), QByteArray("line\nbreak"),
-                                   QByteArray("bad\xff\xfe utf8"), QByteArray(255, 'n')}) {
-        const FSSpec item{"/srv/" + name};
-        ASSERT_EQ(CreateAlias(&item, &folderSpec), noErr) << name.constData();
-        EXPECT_EQ(LinkTarget(root() + '/' + name), item.path);
-    }
-}
-
-TEST_F(AliasTest, A255ByteNameIsShortenedWithoutSplittingACharacter) {
-    // 84 three-byte characters and ".txt": 256 bytes would not fit with " (2)".
-    QByteArray stem;
+TEST_F(AliasTest, TakenAndOddNamesCountUpBeforeTheExtension) {
+    QByteArray euros; // 83 three-byte characters: " (2)" would pass 255 bytes
     for (int i = 0; i < 83; ++i)
-        stem += "\xe2\x82\xac"; // the euro sign
-    const QByteArray name = stem + "ab.txt";
-    ASSERT_LE(name.size(), 255);
-    const QByteArray second = AliasName("/srv/" + name, 2);
-    EXPECT_LE(second.size(), 255);
-    EXPECT_TRUE(second.endsWith(" (2).txt"));
-    EXPECT_EQ(QString::fromUtf8(second).toUtf8(), second) << "still valid UTF-8";
+        euros += "\xe2\x82\xac";
+    for (const QByteArray &name : {QByteArray("report.pdf"), QByteArray("line\nbreak"),
+                                   QByteArray("bad\xff utf8"), euros + "ab.txt"}) {
+        const FSSpec item{"/srv/" + name};
+        ASSERT_EQ(CreateAlias(&item, &folder), noErr);
+        ASSERT_EQ(CreateAlias(&item, &folder), noErr);
+        const QByteArray second = AliasName(item.path, 2);
+        EXPECT_EQ(Link(name), item.path);
+        EXPECT_EQ(Link(second), item.path) << second.constData();
+        EXPECT_LE(second.size(), 255);
+        EXPECT_TRUE(name.startsWith("bad") || QString::fromUtf8(second).toUtf8() == second)
+            << "cut on a character boundary";
+    }
+    for (const auto &[path, name] : {std::pair{"/home/u/.bashrc", ".bashrc (2)"},
+                                     {"/srv/archive.tar.gz", "archive.tar (2).gz"},
+                                     {"/srv/odd.", "odd. (2)"}})
+        EXPECT_EQ(AliasName(path, 2), name);
+    EXPECT_EQ(AliasName("/", 1), "File System");
 
-    const FSSpec item{"/srv/" + name};
-    const FSSpec folderSpec = folder();
-    ASSERT_EQ(CreateAlias(&item, &folderSpec), noErr);
-    ASSERT_EQ(CreateAlias(&item, &folderSpec), noErr);
-    EXPECT_EQ(LinkTarget(root() + '/' + second), item.path);
+    WriteFile(root + "/plain", "");
+    const FSSpec item{"/srv/file"}, none{}, missing{root + "/missing"}, plain{root + "/plain"};
+    EXPECT_EQ(CreateAlias(&item, &missing), fnfErr);
+    EXPECT_EQ(CreateAlias(&item, &plain), dirNFErr);
+    EXPECT_EQ(CreateAlias(&none, &folder), paramErr);
 }
 
-TEST_F(AliasTest, FailuresComeBackAsStatusesAndLeaveNothing) {
-    const FSSpec item{"/srv/file"};
-    const FSSpec missing{root() + "/no-such-folder"};
-    EXPECT_EQ(CreateAlias(&item, &missing), fnfErr);
-
-    QFile plain(dir.filePath(QStringLiteral("plain")));
-    ASSERT_TRUE(plain.open(QIODevice::WriteOnly));
-    plain.close();
-    const FSSpec notAFolder{root() + "/plain"};
-    EXPECT_EQ(CreateAlias(&item, &notAFolder), dirNFErr);
-
-    const FSSpec none{};
-    const FSSpec folderSpec = folder();
-    EXPECT_EQ(CreateAlias(&none, &folderSpec), paramErr);
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
-              QStringList{QStringLiteral("plain")});
+TEST_F(AliasTest, LinksAreFollowedByTheFileSystem) {
+    WriteFile(root + "/sub/Folder/secret.txt", "secret\n");
+    WriteFile(root + "/secret.txt", "secret\n");
+    struct Case {
+        const char *name, *target;
+        bool chains;
+        OSErr status;
+        QByteArray resolved; // the link itself when it cannot be followed
+        bool isFolder;
+    } const cases[] = {
+        {"first", "sub/Folder", true, noErr, "/sub/Folder", true},
+        {"second", "./first", true, noErr, "/sub/Folder", true},
+        {"second", "./first", false, noErr, "/first", true}, // one step: the next link
+        {"third", "sub/../secret.txt", true, noErr, "/secret.txt", false},
+        {"lexical", "missing/../secret.txt", true, fnfErr, "/lexical", false},
+        {"lexical", "missing/../secret.txt", false, fnfErr, "/lexical", false},
+        {"loop-a", "loop-b", true, ioErr, "/loop-a", false},
+        {"loop-b", "loop-a", true, ioErr, "/loop-b", false},
+        {"sub", nullptr, true, noErr, "/sub", true}, // not a link
+        {"absent", nullptr, true, fnfErr, "/absent", false},
+    };
+    for (const Case &c : cases) {
+        if (c.target != nullptr)
+            ::symlink(c.target, (root + "/" + c.name).constData());
+    }
+    for (const Case &c : cases) {
+        FSSpec spec{root + "/" + c.name};
+        bool isFolder = !c.isFolder, aliased = false;
+        EXPECT_EQ(ResolveAliasFile(&spec, c.chains, &isFolder, &aliased), c.status) << c.name;
+        EXPECT_EQ(spec.path, root + c.resolved) << c.name;
+        EXPECT_EQ(isFolder, c.isFolder) << c.name;
+        EXPECT_EQ(aliased, c.status == noErr && c.target != nullptr) << c.name;
+    }
 }
 
 } // namespace

@@ -5,55 +5,57 @@
 
 namespace {
 
-TEST(DesktopEntryTest, ReadsTheMainGroupWithLocalizedNames) {
-    bool hasMainGroup = false;
-    const DesktopEntry entry = DesktopEntry::parse(
-        "# comment\n[Other Group]\nName=Wrong\n[Desktop Entry]\nName=Files\n"
-        "Name[de]=Dateien\nName[de_AT]=Dateien (AT)\nName=Second\nComment=a\\sb\\nc\\\\d\n"
-        "  Spaced  =  value  \n",
-        &hasMainGroup);
-    EXPECT_TRUE(hasMainGroup);
-    EXPECT_EQ(entry.localizedValue(QStringLiteral("Name"), QStringLiteral("de_AT.UTF-8")),
-              QStringLiteral("Dateien (AT)"));
-    EXPECT_EQ(entry.localizedValue(QStringLiteral("Name"), QStringLiteral("de_CH")),
-              QStringLiteral("Dateien"));
-    EXPECT_EQ(entry.localizedValue(QStringLiteral("Name"), QStringLiteral("fr_FR")),
-              QStringLiteral("Files"))
-        << "the first occurrence of a key counts";
-    EXPECT_EQ(entry.value(QStringLiteral("Comment")), QStringLiteral("a b\nc\\d"));
-    EXPECT_EQ(entry.value(QStringLiteral("Spaced")), QStringLiteral("value"));
-    EXPECT_FALSE(entry.value(QStringLiteral("Missing")).has_value());
-
-    DesktopEntry::parse("[Other]\nName=x\n", &hasMainGroup);
-    EXPECT_FALSE(hasMainGroup);
+std::optional<DesktopEntry> Parse(const QByteArray &keys) {
+    return DesktopEntry::parse("[Desktop Entry]\n" + keys);
 }
 
-TEST(DesktopEntryTest, ExecLinesSplitAsTheDesktopRunsThem) {
-    using Args = QList<QByteArray>;
-    EXPECT_EQ(SplitExecLine("/usr/bin/app --x %U"), (Args{"/usr/bin/app", "--x", "%U"}));
-    EXPECT_EQ(SplitExecLine("\"/opt/my app/run\" \"a \\\"q\\\" \\$ \\\\ b\""),
-              (Args{"/opt/my app/run", "a \"q\" $ \\ b"}));
-    EXPECT_EQ(SplitExecLine("  spaced\t\targs  "), (Args{"spaced", "args"}));
-    EXPECT_FALSE(SplitExecLine("\"unterminated").has_value());
+TEST(DesktopEntryTest, ReadsTheMainGroupWithLocalizedNames) {
+    const auto entry =
+        DesktopEntry::parse("# comment\n[Other Group]\nName=Wrong\n[Desktop Entry]\nName=Files\n"
+                            "Name[de]=Dateien\nName[de_AT]=Dateien (AT)\nComment=a\\sb\\nc\\\\d\n");
+    ASSERT_TRUE(entry);
+    for (const auto &[locale, name] :
+         {std::pair{"de_AT.UTF-8", "Dateien (AT)"}, {"de_CH@euro", "Dateien"}, {"fr_FR", "Files"}})
+        EXPECT_EQ(entry->localizedValue(QStringLiteral("Name"), QString::fromLatin1(locale)),
+                  QString::fromUtf8(name));
+    EXPECT_EQ(entry->value(QStringLiteral("Comment")), QStringLiteral("a b\nc\\d"));
+    EXPECT_FALSE(entry->value(QStringLiteral("Missing")));
 
+    for (const QByteArray &notAnEntry :
+         {QByteArray("[Other]\nName=x\n"), QByteArray("Name=x\n"), QByteArray("\xff\xfe\x00\x01")})
+        EXPECT_FALSE(DesktopEntry::parse(notAnEntry)) << notAnEntry.constData();
+}
+
+TEST(DesktopEntryTest, ExecProgramsSurviveQuotingBothWays) {
+    EXPECT_EQ(Parse("Exec=\"/opt/my app/run\" --x %U\n")->execProgram(), "/opt/my app/run");
+    EXPECT_FALSE(Parse("Exec=\"unterminated\n")->execProgram());
+    EXPECT_FALSE(Parse("Name=x\n")->execProgram());
     for (const QByteArray &program :
          {QByteArray("/plain/kestrel-menu"), QByteArray("/with space/x"),
           QByteArray("/q\"uote/`tick`/$var/back\\slash/100%/'single'/semi;colon")}) {
         const auto quoted = QuoteExecArgument(program);
-        ASSERT_TRUE(quoted.has_value()) << program.constData();
-        const DesktopEntry entry =
-            DesktopEntry::parse("[Desktop Entry]\nExec=" + EscapeDesktopValue(*quoted) + " %f\n");
-        EXPECT_EQ(entry.execProgram(), program);
+        ASSERT_TRUE(quoted) << program.constData();
+        EXPECT_EQ(Parse("Exec=" + EscapeDesktopValue(*quoted) + " %f\n")->execProgram(), program);
     }
-    EXPECT_FALSE(QuoteExecArgument("/line\nbreak").has_value());
+    EXPECT_FALSE(QuoteExecArgument("/line\nbreak"));
 }
 
-TEST(DesktopEntryTest, DisabledEntries) {
-    EXPECT_TRUE(DesktopEntry::parse("[Desktop Entry]\nHidden=true\n").isDisabled());
-    EXPECT_TRUE(
-        DesktopEntry::parse("[Desktop Entry]\nX-GNOME-Autostart-enabled=false\n").isDisabled());
-    EXPECT_FALSE(DesktopEntry::parse("[Desktop Entry]\nHidden=false\n").isDisabled());
-    EXPECT_FALSE(DesktopEntry::parse("[Desktop Entry]\nHidden=maybe\n").isDisabled());
+TEST(DesktopEntryTest, WhereEntriesShow) {
+    // The keys; disabled (for autostart too); shown in KDE.
+    for (const auto &[keys, disabled, shown] : {
+             std::tuple{"Hidden=true\n", true, false},
+             {"X-GNOME-Autostart-enabled=false\n", true, true},
+             {"Hidden=maybe\n", false, true},
+             {"OnlyShowIn=GNOME;XFCE;\n", false, false},
+             {"OnlyShowIn=KDE;\nNotShowIn=GNOME;\n", false, true},
+             {"NotShowIn=KDE;\n", false, false},
+             {"TryExec=sh\n", false, true},
+             {"TryExec=/no/such/program\n", false, false},
+         }) {
+        const auto entry = Parse(keys);
+        EXPECT_EQ(entry->isDisabled(), disabled) << keys;
+        EXPECT_EQ(entry->isShownIn("ubuntu:KDE"), shown) << keys;
+    }
 }
 
 TEST(MountInfoTest, MountPointsAreDecodedAndIdentifiedByMountId) {

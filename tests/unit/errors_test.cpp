@@ -1,12 +1,10 @@
 #include "core/errors.h"
 #include "platform/doubles/fakealerts.h"
-#include "platform/service.h"
 #include "resources/statusmessages.h"
 #include "tests/support/installed.h"
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <string>
 
 namespace {
@@ -19,127 +17,93 @@ protected:
         while (firstContext != nullptr)
             RemoveErrorContext();
     }
-
     static void PushContext(const std::string &text) {
         Str255 context;
         SetPString(context, text);
         ASSERT_TRUE(AddErrorContext(context));
     }
-
     Installed<platform::FakeAlerts, platform::Alerts> alerts;
 };
 
-TEST_F(ErrorsTest, NoErrorShowsStoresAndBeepsNothing) {
-    OSErr store = fnfErr;
-    ASSERT_TRUE(HideErrors(&store));
-    EXPECT_EQ(store, noErr) << "hiding starts from a clean status";
-    store = ioErr;
-    TestError(noErr);
-    EXPECT_EQ(store, ioErr);
-    EXPECT_EQ(alerts.beeps, 0);
-    ShowErrors();
-    TestError(noErr);
-    EXPECT_TRUE(alerts.alerts.isEmpty());
-}
-
-TEST_F(ErrorsTest, HiddenErrorsReachEveryLevelWithOneBeep) {
-    OSErr outer = noErr;
-    OSErr inner = noErr;
+TEST_F(ErrorsTest, HiddenErrorsReachEveryLevelWithOneBeepEach) {
+    OSErr outer = fnfErr, inner = fnfErr;
     ASSERT_TRUE(HideErrors(&outer));
     ASSERT_TRUE(HideErrors(&inner));
-    TestError(fnfErr);
-    EXPECT_EQ(outer, fnfErr);
-    EXPECT_EQ(inner, fnfErr);
-    EXPECT_EQ(alerts.beeps, 1);
-    TestError(ioErr); // a later error overwrites an earlier one
+    EXPECT_EQ(outer, noErr) << "hiding starts from a clean status";
+    TestError(noErr);
+    EXPECT_EQ(alerts.beeps, 0);
+    ErrorOffer offer(QStringLiteral("About “x”"), {QStringLiteral("Act")});
+    TestError(fnfErr); // no alert: nothing chosen
+    TestError(ioErr);  // a later error overwrites an earlier one
     EXPECT_EQ(outer, ioErr);
+    EXPECT_EQ(inner, ioErr);
     EXPECT_EQ(alerts.beeps, 2);
-    EXPECT_TRUE(alerts.alerts.isEmpty());
-
+    EXPECT_EQ(offer.chosen, -1);
     ShowErrors();
     TestError(eofErr);
     EXPECT_EQ(inner, ioErr) << "a popped record is no longer written";
     EXPECT_EQ(outer, eofErr);
     ShowErrors();
-    TestError(eofErr);
-    EXPECT_EQ(alerts.alerts.size(), 1) << "with no hiding left the alert shows";
-}
-
-TEST_F(ErrorsTest, PoppingEmptyStacksIsHarmless) {
-    ShowErrors();
+    ShowErrors(); // popping empty stacks is harmless
     RemoveErrorContext();
-    EXPECT_EQ(firstHiding, nullptr);
-    EXPECT_EQ(firstContext, nullptr);
+    EXPECT_TRUE(alerts.alerts.isEmpty());
 }
 
-TEST_F(ErrorsTest, ContextsRunNewestFirstAndStopAt255Bytes) {
+TEST_F(ErrorsTest, TheAlertSaysWhatHappenedFirstAndTheNumberInItsDetails) {
     PushContext("A");
     PushContext("B");
-    TestError(fnfErr);
-    ASSERT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(alerts.alerts[0].headline.left(3), QStringLiteral("BA "));
-    RemoveErrorContext();
-    RemoveErrorContext();
-
-    PushContext(std::string(200, 'x'));
-    PushContext(std::string(200, 'y'));
-    PushContext(std::string(200, 'z'));
-    PushContext(""); // an empty context adds nothing
-    const QString context = MakeErrorAlertTexts(fnfErr).context;
-    EXPECT_EQ(context.size(), 255);
-    EXPECT_EQ(context, QString(200, u'z') + QString(55, u'y'));
-}
-
-TEST_F(ErrorsTest, AlertCarriesNumberMessageAndExplanation) {
     TestError(userCanceledErr); // a cancel that reaches the reporter is reported too
-    ASSERT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(alerts.alerts[0].status, -128);
-    EXPECT_FALSE(alerts.alerts[0].headline.isEmpty());
-    EXPECT_NE(alerts.alerts[0].headline, FallbackErrorText());
-    EXPECT_NE(alerts.alerts[0].explanation, FallbackErrorText());
-
     TestError(-12345);
     ASSERT_EQ(alerts.alerts.size(), 2);
-    EXPECT_EQ(alerts.alerts[1].status, -12345);
-    EXPECT_EQ(alerts.alerts[1].headline, FallbackErrorText());
+    const platform::Alert &known = alerts.alerts[0];
+    EXPECT_EQ(known.status, -128);
+    EXPECT_EQ(known.headline, QStringLiteral("BA ") + MakeErrorAlertTexts(-128).message);
+    EXPECT_FALSE(known.headline.contains(QStringLiteral("128")));
+    EXPECT_TRUE(known.details.contains(QStringLiteral("-128")));
+    EXPECT_NE(known.explanation, FallbackErrorText());
+    EXPECT_EQ(alerts.alerts[1].headline, QStringLiteral("BA ") + FallbackErrorText());
     EXPECT_EQ(alerts.alerts[1].explanation, FallbackErrorText());
+    RemoveErrorContext();
+    RemoveErrorContext();
+
+    for (const char c : {'x', 'y', 'z'})
+        PushContext(std::string(200, c));
+    PushContext(""); // an empty context adds nothing
+    EXPECT_EQ(MakeErrorAlertTexts(fnfErr).context, QString(200, u'z') + QString(55, u'y'));
+}
+
+TEST_F(ErrorsTest, AnOfferNamesTheItemAndReportsTheChoice) {
+    ErrorOffer outer(QStringLiteral("outer"), {QStringLiteral("Never shown")});
+    ErrorOffer offer(QStringLiteral("No application is set to open “x.foo”."),
+                     {QStringLiteral("Open With…"), QStringLiteral("Show in Folder")});
+    alerts.answers = {1, 2};
+    TestError(kLSApplicationNotFoundErr);
+    EXPECT_EQ(offer.chosen, 1);
+    TestError(kLSApplicationNotFoundErr); // OK
+    EXPECT_EQ(offer.chosen, -1);
+    const platform::Alert &alert = alerts.alerts.first();
+    EXPECT_EQ(alert.headline, offer.headline);
+    EXPECT_EQ(alert.buttons, offer.actions + QStringList{QStringLiteral("OK")});
+    EXPECT_EQ(alert.defaultButton, 2);
+    EXPECT_EQ(alert.escapeButton, 2);
 }
 
 TEST_F(ErrorsTest, ManagerStatusWinsOverTheNullResult) {
     int block = 0;
-    EXPECT_EQ(TestMemError(nullptr), memFullErr);
-    EXPECT_EQ(TestMemError(&block), noErr);
-    EXPECT_EQ(TestMemError(&block, ioErr), ioErr);
-    EXPECT_EQ(TestResError(&block), noErr);
-    EXPECT_EQ(TestResError(nullptr), resNotFound);
-    EXPECT_EQ(TestResError(nullptr, fnfErr), fnfErr);
-    ASSERT_EQ(alerts.alerts.size(), 4);
-    EXPECT_EQ(alerts.alerts[0].status, -108);
-    EXPECT_EQ(alerts.alerts[1].status, -36);
-    EXPECT_EQ(alerts.alerts[2].status, -192);
-    EXPECT_EQ(alerts.alerts[3].status, -43);
+    const QList<OSErr> statuses{TestMemError(nullptr),       TestMemError(&block),
+                                TestMemError(&block, ioErr), TestResError(nullptr),
+                                TestResError(&block),        TestResError(nullptr, fnfErr)};
+    EXPECT_EQ(statuses, (QList<OSErr>{memFullErr, noErr, ioErr, resNotFound, noErr, fnfErr}));
+    EXPECT_EQ(alerts.alerts.size(), 4);
 }
 
-// The errno table as users and the preferences file see it, and a real message
-// for every status it can produce.
+// Every status the errno table or the program can produce has its own message.
 TEST(ErrnoMapping, EveryMappedStatusHasItsOwnMessage) {
-    const std::pair<int, OSErr> mapping[] = {
-        {ENOENT, fnfErr},         {ENOTDIR, dirNFErr}, {EACCES, afpAccessDenied},
-        {EPERM, afpAccessDenied}, {EEXIST, dupFNErr},  {ENOSPC, dskFulErr},
-        {EROFS, wPrErr},          {EIO, ioErr},        {ENAMETOOLONG, bdNamErr},
-        {ENOMEM, memFullErr},     {EBUSY, fBsyErr},    {EMFILE, tmfoErr},
-        {ENFILE, tmfoErr},        {ELOOP, ioErr},      {EPROTO, ioErr},
-    };
-    for (const auto &[error, status] : mapping)
-        EXPECT_EQ(OSErrFromErrno(error), status) << "errno " << error;
-
-    for (int error = 1; error < 134; ++error) {
-        const ErrorAlertTexts texts = MakeErrorAlertTexts(OSErrFromErrno(error));
-        EXPECT_NE(texts.message, FallbackErrorText()) << "errno " << error;
-    }
-    for (OSErr status :
-         {memFullErr, procNotFound, connectionInvalid, errAEEventNotHandled, dragNotAcceptedErr,
-          kLSApplicationNotFoundErr, eofErr, posErr, paramErr, resNotFound})
+    for (int error = 1; error < 134; ++error)
+        EXPECT_NE(MakeErrorAlertTexts(OSErrFromErrno(error)).message, FallbackErrorText()) << error;
+    for (OSErr status : {unimpErr, memFullErr, procNotFound, connectionInvalid,
+                         errAEEventNotHandled, errAETimeout, errAEEventFailed, dragNotAcceptedErr,
+                         kLSApplicationNotFoundErr, eofErr, posErr, paramErr, resNotFound})
         EXPECT_NE(MakeErrorAlertTexts(status).message, FallbackErrorText()) << status;
 }
 
