@@ -2,7 +2,6 @@
 
 #include "core/safefile.h"
 
-
 namespace {
 
 QString Unescape(const QString &raw) {

@@ -7,7 +7,7 @@ foreach(name placement drawing events)
 endforeach()
 
 add_executable(titles_window e2e/titles_window.cpp)
-target_link_libraries(titles_window PRIVATE kestrel_settings Qt6::Widgets)
+target_link_libraries(titles_window PRIVATE kestrel_settings Qt6::Widgets PkgConfig::XCB)
 
 kestrel_add_test(NAME titles_desktop_test TIER e2e TIMEOUT 240
     SOURCES e2e/titles_desktop_test.cpp LIBS Qt6::Gui)

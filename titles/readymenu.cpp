@@ -4,6 +4,7 @@
 #include "core/lists.h"
 #include "foldermenus/foldercache.h"
 #include "platform/frontwindow.h"
+#include "platform/pointer.h"
 #include "platform/service.h"
 #include "platform/titlewindows.h"
 #include "resources/menus.h"
@@ -13,6 +14,7 @@
 
 #include <QDir>
 #include <QGuiApplication>
+#include <QImage>
 #include <QScreen>
 #include <QTimer>
 
@@ -20,16 +22,69 @@ ReadyMenu *firstReadyMenu = nullptr;
 ReadyMenu *pulledReadyMenu = nullptr;
 bool system105OrLater = false;
 Rect menuBarRect;
+QImage menuBarBackground;
 
 namespace {
-// The title timer: a tick every 1/15 second.
+// The title timer: a tick every 1/15 second, while there is input to look at.
 QTimer *AppleMenuCarbonTimerRef = nullptr;
 bool FrontSwitchedCarbonEventRef = false;
+// Whether the display tells of input; otherwise the timer ticks for ever.
+bool titleInputWatched = false;
 constexpr int kTitleTimerInterval = 1000 / 15;
+
+// A tick, unless the display has been quiet since the last one: then the
+// timer stops until input wakes it.
+void TitleTimerFired() {
+    if (!titleInputWatched || platform::service<platform::Pointer>().takeInput())
+        AppleMenuCarbonTimer();
+    else
+        AppleMenuCarbonTimerRef->stop();
+}
+
+// The primary screen's changes of place, size and pixel density move the titles.
+void WatchPrimaryScreen() {
+    static QList<QMetaObject::Connection> watched;
+    for (const QMetaObject::Connection &connection : std::as_const(watched))
+        QObject::disconnect(connection);
+    watched.clear();
+    QScreen *screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr)
+        return;
+    auto moved = [] { ScreenInformationChanged(); };
+    watched.append(
+        QObject::connect(screen, &QScreen::geometryChanged, AppleMenuCarbonTimerRef, moved));
+    watched.append(QObject::connect(screen, &QScreen::logicalDotsPerInchChanged,
+                                    AppleMenuCarbonTimerRef, moved));
+    watched.append(QObject::connect(screen, &QScreen::physicalDotsPerInchChanged,
+                                    AppleMenuCarbonTimerRef, moved));
+}
+
 } // namespace
 
+void WakeReadyMenus() {
+    if (AppleMenuCarbonTimerRef == nullptr)
+        return;
+    AppleMenuCarbonTimer();
+    AppleMenuCarbonTimerRef->start();
+}
+
+void RefreshReadyMenusLook() {
+    platform::TitleWindows &windows = platform::service<platform::TitleWindows>();
+    const bool translucent = windows.compositingManagerRunning();
+    // Without translucency the titles take the colours of the panel they stand on.
+    QImage background = translucent
+                            ? QImage()
+                            : windows.panelBackground(QRect(menuBarRect.left, menuBarRect.top,
+                                                            menuBarRect.right - menuBarRect.left,
+                                                            menuBarRect.bottom - menuBarRect.top));
+    if (translucent == system105OrLater && background == menuBarBackground)
+        return;
+    system105OrLater = translucent;
+    menuBarBackground = std::move(background);
+    InvalidateReadyMenus();
+}
+
 OSStatus InitialiseReadyMenus() {
-    system105OrLater = platform::service<platform::TitleWindows>().compositingManagerRunning();
     // The application and folder command menus every folder menu leads to.
     LoadCommandMenus();
 
@@ -47,16 +102,29 @@ OSStatus InitialiseReadyMenus() {
     AppleMenuCarbonTimerRef = new QTimer();
     AppleMenuCarbonTimerRef->setInterval(kTitleTimerInterval);
     AppleMenuCarbonTimerRef->setTimerType(Qt::CoarseTimer);
-    QObject::connect(AppleMenuCarbonTimerRef, &QTimer::timeout, AppleMenuCarbonTimer);
-    AppleMenuCarbonTimerRef->start();
+    QObject::connect(AppleMenuCarbonTimerRef, &QTimer::timeout, TitleTimerFired);
+    // Where the display tells of input, the timer sleeps while nothing moves.
+    titleInputWatched = platform::service<platform::Pointer>().watchInput(WakeReadyMenus);
+    if (!titleInputWatched)
+        AppleMenuCarbonTimerRef->start();
     // The first tick comes at once, not after the first interval.
-    QTimer::singleShot(0, AppleMenuCarbonTimerRef, AppleMenuCarbonTimer);
+    QTimer::singleShot(0, AppleMenuCarbonTimerRef, WakeReadyMenus);
 
+    QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, AppleMenuCarbonTimerRef, [] {
+        WatchPrimaryScreen();
+        ScreenInformationChanged();
+    });
+    WatchPrimaryScreen();
+    platform::service<platform::TitleWindows>().setChangedHandler(RefreshReadyMenusLook);
     ScreenInformationChanged();
     return noErr;
 }
 
 void DestroyReadyMenus() {
+    if (AppleMenuCarbonTimerRef != nullptr) {
+        platform::service<platform::Pointer>().watchInput(nullptr);
+        platform::service<platform::TitleWindows>().setChangedHandler(nullptr);
+    }
     delete AppleMenuCarbonTimerRef;
     AppleMenuCarbonTimerRef = nullptr;
     if (FrontSwitchedCarbonEventRef)
@@ -87,7 +155,7 @@ ReadyMenu *AddReadyMenu(OSErr *err, MenuSpec *spec) {
     title->menuSpec = spec;
     title->hoverHidden = false;
 
-    auto *window = new TitleWindow(system105OrLater);
+    auto *window = new TitleWindow();
     title->window = window;
     // Gives the window its place on the display before it is kept above the rest.
     window->winId();
@@ -100,6 +168,8 @@ ReadyMenu *AddReadyMenu(OSErr *err, MenuSpec *spec) {
     RepositionReadyMenus();
     window->show();
     DrawReadyMenu(title);
+    // The hover rule applies to the new title at once, not at the next input.
+    WakeReadyMenus();
     return title;
 }
 
@@ -153,6 +223,9 @@ void RepositionReadyMenus() {
 
 void ScreenInformationChanged() {
     RepositionReadyMenus();
+    RefreshReadyMenusLook();
+    // The pointer may now be over a title, or no longer.
+    WakeReadyMenus();
 }
 
 ReadyMenu *FindReadyMenu(const QWidget *window) {

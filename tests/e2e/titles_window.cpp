@@ -1,6 +1,8 @@
 // A window for the title tests: "dock" is a panel across the top of the
 // screen, "normal" an ordinary window. Prints its window id once shown, then
 // obeys lines on standard input: "fullscreen", "normal", "activate", "quit".
+#include <xcb/xcb.h>
+
 #include <QApplication>
 #include <QScreen>
 #include <QSocketNotifier>
@@ -21,9 +23,21 @@ int main(int argc, char *argv[]) {
     window.setPalette(palette);
     window.setAutoFillBackground(true);
     if (dock) {
-        window.setAttribute(Qt::WA_X11NetWmWindowTypeDock);
         window.setWindowFlag(Qt::FramelessWindowHint);
         window.setGeometry(0, 0, QGuiApplication::primaryScreen()->geometry().width(), 30);
+        // A dock for the window manager, said before the window is mapped.
+        auto *x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+        xcb_connection_t *connection = x11->connection();
+        auto atom = [&](const char *name) {
+            xcb_intern_atom_reply_t *reply = xcb_intern_atom_reply(
+                connection, xcb_intern_atom(connection, 0, strlen(name), name), nullptr);
+            const xcb_atom_t value = reply->atom;
+            free(reply);
+            return value;
+        };
+        const xcb_atom_t type = atom("_NET_WM_WINDOW_TYPE_DOCK");
+        xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window.winId(),
+                            atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1, &type);
     } else {
         window.setGeometry(200, 200, 300, 200);
     }
