@@ -10,6 +10,7 @@
 #include "platform/x11titlewindows.h"
 #include "platform/xcbpointer.h"
 #include "platform/xdgautostart.h"
+#include "platform/xdgdesktopsettings.h"
 
 struct PlatformServices::Implementations {
     platform::MessageBoxAlerts alerts;
@@ -21,6 +22,7 @@ struct PlatformServices::Implementations {
     platform::DBusFileManager fileManager;
     platform::GioLauncher launcher;
     platform::ProcFsProcesses processes;
+    platform::XdgDesktopSettings desktopSettings;
 };
 
 PlatformServices::PlatformServices() : implementations_(std::make_unique<Implementations>()) {
@@ -33,6 +35,7 @@ PlatformServices::PlatformServices() : implementations_(std::make_unique<Impleme
     platform::install<platform::FileManager>(&implementations_->fileManager);
     platform::install<platform::Launcher>(&implementations_->launcher);
     platform::install<platform::Processes>(&implementations_->processes);
+    platform::install<platform::DesktopSettings>(&implementations_->desktopSettings);
 }
 
 PlatformServices::~PlatformServices() {
@@ -45,4 +48,5 @@ PlatformServices::~PlatformServices() {
     platform::install<platform::FileManager>(nullptr);
     platform::install<platform::Launcher>(nullptr);
     platform::install<platform::Processes>(nullptr);
+    platform::install<platform::DesktopSettings>(nullptr);
 }
