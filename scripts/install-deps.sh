@@ -18,8 +18,9 @@ packages=(
 )
 
 # The demo on a virtual display (make run without a display) also shows what a
-# choice does, in a real file manager.
-[ "${1:-}" = demo ] && packages=(thunar)
+# choice does, in a real file manager, under a panel, with the look published
+# by a settings manager.
+[ "${1:-}" = demo ] && packages=(thunar tint2 xsettingsd)
 
 missing=()
 for package in "${packages[@]}"; do
