@@ -50,8 +50,10 @@ QString ChooseIconTheme(const QString &platformTheme, const platform::ToolkitSet
     if (chosen.isEmpty())
         chosen = platform::CompleteIconThemes(searchPaths).value(0);
     // Monochrome icons drawn for a light background vanish on a dark one.
-    if (scheme == ColourScheme::Dark && !chosen.endsWith(QLatin1String("-dark"), Qt::CaseInsensitive))
-        for (const QString &dark : {chosen + QLatin1String("-dark"), chosen + QLatin1String("-Dark")})
+    if (scheme == ColourScheme::Dark &&
+        !chosen.endsWith(QLatin1String("-dark"), Qt::CaseInsensitive))
+        for (const QString &dark :
+             {chosen + QLatin1String("-dark"), chosen + QLatin1String("-Dark")})
             if (platform::IsInstalledIconTheme(dark, searchPaths))
                 return dark;
     return chosen;
@@ -71,8 +73,8 @@ ColourScheme ChooseColourScheme(std::optional<ColourScheme> portal,
 QPalette DarkPalette(const QPalette &light) {
     QPalette dark(QColor(0x35, 0x35, 0x35));
     const QColor text(0xee, 0xee, 0xec);
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
-                            QPalette::ToolTipText})
+    for (const auto role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
         dark.setColor(role, text);
     dark.setColor(QPalette::Base, QColor(0x2a, 0x2a, 0x2a));
     dark.setColor(QPalette::AlternateBase, QColor(0x32, 0x32, 0x32));

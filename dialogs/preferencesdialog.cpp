@@ -79,8 +79,8 @@ public:
         // instead of moving the focus between controls that share it.
         layout->addWidget(label(kStartupLabelItem, tr("Starting")));
         layout->addWidget(checkBox(kOpenAtLoginItem, tr("&Open Kestrel Menu when I log in")));
-        layout->addWidget(
-            checkBox(kFinderToFrontItem, tr("Bring the &file manager to the front when it starts")));
+        layout->addWidget(checkBox(kFinderToFrontItem,
+                                   tr("Bring the &file manager to the front when it starts")));
         layout->addWidget(separator(kFirstSeparatorItem));
 
         layout->addWidget(label(kColourLabelItem, tr("Colour of the title")));

@@ -12,7 +12,7 @@ namespace platform {
 namespace {
 
 // Themes that desktops ship as their own, most widely installed first.
-const char *const kDesktopThemes[] = {"Adwaita", "breeze",  "elementary", "Yaru",
+const char *const kDesktopThemes[] = {"Adwaita", "breeze", "elementary", "Yaru",
                                       "Papirus", "Mint-Y", "Tango",      "oxygen"};
 
 struct ThemeIndex {
@@ -41,8 +41,11 @@ ThemeIndex ReadIndex(const QString &name, const QStringList &searchPaths) {
             continue;
         const QString root = base + u'/' + name;
         GKeyFile *file = g_key_file_new();
-        if (g_key_file_load_from_file(file, QFile::encodeName(root + QStringLiteral("/index.theme")).constData(),
-                                      G_KEY_FILE_NONE, nullptr)) {
+        // Icon theme lists are separated by commas, not the key file's semicolons.
+        g_key_file_set_list_separator(file, ',');
+        if (g_key_file_load_from_file(
+                file, QFile::encodeName(root + QStringLiteral("/index.theme")).constData(),
+                G_KEY_FILE_NONE, nullptr)) {
             if (!index.found) {
                 index.found = true;
                 index.hidden = g_key_file_get_boolean(file, "Icon Theme", "Hidden", nullptr);

@@ -4,6 +4,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
+#include <QDBusVariant>
 #include <QLoggingCategory>
 
 Q_LOGGING_CATEGORY(lcPortal, "kestrel.look", QtWarningMsg)
@@ -22,29 +23,33 @@ SettingsPortal::SettingsPortal(std::function<void()> changed) : changed_(std::mo
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
-    bus.connect(kService, kPath, kInterface, QStringLiteral("SettingChanged"), this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    // Taken as the whole message: the bus will not hand a variant to a slot.
+    if (!bus.connect(kService, kPath, kInterface, QStringLiteral("SettingChanged"), this,
+                     SLOT(settingChanged(QDBusMessage))))
+        qCWarning(lcPortal, "cannot follow the settings portal's changes");
     QDBusMessage readAll =
         QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("ReadAll"));
     readAll << QStringList{kAppearance};
     // Not waited for: the bus may have to start the portal first.
     auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(readAll), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *call) {
-        call->deleteLater();
-        const QDBusMessage reply = call->reply();
-        if (reply.type() != QDBusMessage::ReplyMessage) {
-            qCInfo(lcPortal, "no settings portal: %s", qPrintable(reply.errorMessage()));
-            return;
-        }
-        const auto groups = qdbus_cast<QMap<QString, QVariantMap>>(reply.arguments().value(0));
-        take(groups.value(kAppearance).value(kColourScheme));
-    });
+    connect(
+        watcher, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *call) {
+            call->deleteLater();
+            const QDBusMessage reply = call->reply();
+            if (reply.type() != QDBusMessage::ReplyMessage) {
+                qCInfo(lcPortal, "no settings portal: %s", qPrintable(reply.errorMessage()));
+                return;
+            }
+            const auto groups = qdbus_cast<QMap<QString, QVariantMap>>(reply.arguments().value(0));
+            take(groups.value(kAppearance).value(kColourScheme));
+        });
 }
 
-void SettingsPortal::settingChanged(const QString &group, const QString &key,
-                                    const QDBusVariant &value) {
-    if (group == kAppearance && key == kColourScheme)
-        take(value.variant());
+void SettingsPortal::settingChanged(const QDBusMessage &message) {
+    const QList<QVariant> arguments = message.arguments();
+    if (arguments.value(0).toString() == kAppearance &&
+        arguments.value(1).toString() == kColourScheme)
+        take(arguments.value(2));
 }
 
 void SettingsPortal::take(const QVariant &value) {

@@ -5,7 +5,7 @@
 
 #include "platform/desktopsettings.h"
 
-#include <QDBusVariant>
+#include <QDBusMessage>
 #include <QObject>
 
 #include <functional>
@@ -22,7 +22,7 @@ public:
     std::optional<ColourScheme> colourScheme() const { return scheme_; }
 
 private Q_SLOTS:
-    void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
+    void settingChanged(const QDBusMessage &message);
 
 private:
     void take(const QVariant &value);

@@ -18,7 +18,8 @@ enum XSettingType : std::uint8_t { kInteger = 0, kString = 1, kColour = 2 };
 // Reads the property's fields in the byte order its first byte names.
 class Reader {
 public:
-    explicit Reader(const QByteArray &data) : data_(data), bigEndian_(!data.isEmpty() && data.at(0) == 1) {}
+    explicit Reader(const QByteArray &data)
+        : data_(data), bigEndian_(!data.isEmpty() && data.at(0) == 1) {}
     bool has(qsizetype bytes) const { return bytes >= 0 && at_ + bytes <= data_.size(); }
     void skip(qsizetype bytes) { at_ += bytes; }
     std::uint8_t byte() { return std::uint8_t(data_[at_++]); }
@@ -108,13 +109,11 @@ void XSettingsWatch::read() {
     x11::SelectEvents(owner_, XCB_EVENT_MASK_PROPERTY_CHANGE);
     const xcb_atom_t property = x11::Atom("_XSETTINGS_SETTINGS");
     xcb_get_property_reply_t *reply = xcb_get_property_reply(
-        connection, xcb_get_property(connection, 0, owner_, property, property, 0, 65536),
-        nullptr);
+        connection, xcb_get_property(connection, 0, owner_, property, property, 0, 65536), nullptr);
     if (reply == nullptr)
         return;
-    values_ = ParseXSettings(
-        QByteArray(static_cast<const char *>(xcb_get_property_value(reply)),
-                   xcb_get_property_value_length(reply)));
+    values_ = ParseXSettings(QByteArray(static_cast<const char *>(xcb_get_property_value(reply)),
+                                        xcb_get_property_value_length(reply)));
     std::free(reply);
 }
 
@@ -123,7 +122,8 @@ bool XSettingsWatch::nativeEventFilter(const QByteArray &eventType, void *messag
         return false;
     const auto *event = static_cast<const xcb_generic_event_t *>(message);
     bool changed = false;
-    if (const xcb_atom_t selection = x11::SelectionOwnerChanged(event); selection != XCB_ATOM_NONE) {
+    if (const xcb_atom_t selection = x11::SelectionOwnerChanged(event);
+        selection != XCB_ATOM_NONE) {
         changed = selection == selection_;
     } else if ((event->response_type & 0x7F) == XCB_PROPERTY_NOTIFY) {
         const auto *notify = reinterpret_cast<const xcb_property_notify_event_t *>(event);

@@ -15,8 +15,12 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QImage>
+#include <QLoggingCategory>
 #include <QScreen>
 #include <QTimer>
+#include <QWindow>
+
+Q_DECLARE_LOGGING_CATEGORY(lcTitles)
 
 ReadyMenu *firstReadyMenu = nullptr;
 ReadyMenu *pulledReadyMenu = nullptr;
@@ -35,10 +39,12 @@ constexpr int kTitleTimerInterval = 1000 / 15;
 // A tick, unless the display has been quiet since the last one: then the
 // timer stops until input wakes it.
 void TitleTimerFired() {
-    if (!titleInputWatched || platform::service<platform::Pointer>().takeInput())
+    if (!titleInputWatched || platform::service<platform::Pointer>().takeInput()) {
         AppleMenuCarbonTimer();
-    else
+    } else {
         AppleMenuCarbonTimerRef->stop();
+        qCDebug(lcTitles, "hover timer asleep until the next input");
+    }
 }
 
 // The primary screen's changes of place, size and pixel density move the titles.
@@ -66,6 +72,10 @@ void WakeReadyMenus() {
         return;
     AppleMenuCarbonTimer();
     AppleMenuCarbonTimerRef->start();
+}
+
+bool ReadyMenusAwake() {
+    return AppleMenuCarbonTimerRef != nullptr && AppleMenuCarbonTimerRef->isActive();
 }
 
 void RefreshReadyMenusLook() {
@@ -211,8 +221,13 @@ void RepositionReadyMenus() {
             rightCursor = std::int16_t(rightCursor - kRightTitleWidth);
             bounds.left = rightCursor;
         }
-        title->window->setGeometry(bounds.left, bounds.top, bounds.right - bounds.left,
-                                   bounds.bottom - bounds.top);
+        const QRect place(bounds.left, bounds.top, bounds.right - bounds.left,
+                          bounds.bottom - bounds.top);
+        title->window->setGeometry(place);
+        // After a change of pixel density the widget keeps its place in logical
+        // pixels while the window on the display keeps its old size: set that too.
+        if (QWindow *native = title->window->windowHandle())
+            native->setGeometry(place);
 
         title->titleRect = Rect{0, 0, std::int16_t(bounds.bottom - bounds.top),
                                 std::int16_t(bounds.right - bounds.left)};
@@ -223,6 +238,8 @@ void RepositionReadyMenus() {
 
 void ScreenInformationChanged() {
     RepositionReadyMenus();
+    qCDebug(lcTitles, "top bar at %d,%d, %d wide", menuBarRect.left, menuBarRect.top,
+            menuBarRect.right - menuBarRect.left);
     RefreshReadyMenusLook();
     // The pointer may now be over a title, or no longer.
     WakeReadyMenus();

@@ -57,6 +57,9 @@ void RefreshReadyMenusLook();
 // Applies the hover rule now and keeps the timer ticking while input goes on:
 // called on input, and whenever titles or their surroundings change.
 void WakeReadyMenus();
+// Whether the title timer ticks: always where the display cannot tell of
+// input, otherwise only until the display has been quiet for one tick.
+bool ReadyMenusAwake();
 
 // The first title whose window is `window`, or null.
 ReadyMenu *FindReadyMenu(const QWidget *window);

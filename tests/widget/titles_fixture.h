@@ -6,7 +6,6 @@
 #include "platform/doubles/fakefrontwindow.h"
 #include "platform/doubles/fakepointer.h"
 #include "platform/doubles/faketitlewindows.h"
-#include "platform/service.h"
 #include "tests/support/installed.h"
 #include "titles/readymenu.h"
 #include "titles/titleevents.h"
@@ -18,9 +17,6 @@
 
 class TitlesTest : public ::testing::Test {
 protected:
-    // Set before SetUp runs to have the titles drawn without a compositor.
-    explicit TitlesTest(bool compositing = true) { titleWindows.compositing = compositing; }
-
     void SetUp() override {
         appleMenuSettings = kDefaultAppleMenuSettings;
         ASSERT_EQ(InitialiseReadyMenus(), noErr);
@@ -38,12 +34,10 @@ protected:
     // Appends a configured menu to the settings (not yet a title).
     MenuSpec *AddSpec(OSType side, OSType titleKind = kTitleColourPicture) {
         specs.push_back(MenuSpec{nullptr, side, kContentsFolder, titleKind, {}, {}});
-        MenuSpec *spec = &specs.back();
         MenuSpec **link = &firstMenuSpec;
         while (*link != nullptr)
             link = &(*link)->next;
-        *link = spec;
-        return spec;
+        return *link = &specs.back();
     }
 
     ReadyMenu *AddTitle(OSType side, OSType titleKind = kTitleColourPicture) {
