@@ -1,45 +1,69 @@
-// A window for the title tests: "dock" is a panel across the top of the
-// screen, "normal" an ordinary window. Prints its window id once shown, then
-// obeys lines on standard input: "fullscreen", "normal", "activate", "quit".
+// A window for the title tests: "dock" is a magenta panel across the top of
+// the screen, "normal" an ordinary window that obeys "fullscreen" on standard
+// input, "drag URI..." (or "files URI...") one whose drag offers a URI list of
+// those addresses (copy, move or link, proposing a move, as file managers do)
+// and prints "dropped link" or "dropped other" when it ends. Each prints its
+// window id once shown.
 #include <xcb/xcb.h>
 
 #include <QApplication>
+#include <QDrag>
+#include <QMimeData>
 #include <QScreen>
 #include <QSocketNotifier>
-#include <QTextStream>
 #include <QWidget>
 
 #include <cstdio>
 #include <unistd.h>
 
+namespace {
+
+class Window final : public QWidget {
+public:
+    QByteArray uris;
+
+protected:
+    void mouseMoveEvent(QMouseEvent *) override {
+        if (uris.isEmpty())
+            return;
+        auto *drag = new QDrag(this);
+        drag->setMimeData(new QMimeData);
+        drag->mimeData()->setData(QStringLiteral("text/uri-list"), std::exchange(uris, {}));
+        const Qt::DropAction done =
+            drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, Qt::MoveAction);
+        std::printf("dropped %s\n", done == Qt::LinkAction ? "link" : "other");
+        std::fflush(stdout);
+    }
+};
+
+xcb_atom_t Atom(xcb_connection_t *x, const char *name) {
+    xcb_intern_atom_reply_t *reply =
+        xcb_intern_atom_reply(x, xcb_intern_atom(x, 0, qstrlen(name), name), nullptr);
+    const xcb_atom_t atom = reply->atom;
+    free(reply);
+    return atom;
+}
+
+} // namespace
+
 int main(int argc, char *argv[]) {
     QApplication application(argc, argv);
-    const bool dock = argc > 1 && qstrcmp(argv[1], "dock") == 0;
-
-    QWidget window;
-    window.setWindowTitle(dock ? QStringLiteral("test dock") : QStringLiteral("test window"));
-    QPalette palette = window.palette();
-    palette.setColor(QPalette::Window, dock ? QColor(255, 0, 255) : QColor(0, 255, 255));
-    window.setPalette(palette);
+    const QByteArray kind = argc > 1 ? argv[1] : "normal";
+    Window window;
+    for (int i = 2; i < argc; ++i)
+        window.uris += QByteArray(argv[i]) + "\r\n";
+    window.setPalette(QPalette(kind == "dock" ? QColor(255, 0, 255) : QColor(0, 255, 255)));
     window.setAutoFillBackground(true);
-    if (dock) {
+    window.setGeometry(400, 300, 200, 120);
+    if (kind == "dock") {
         window.setWindowFlag(Qt::FramelessWindowHint);
         window.setGeometry(0, 0, QGuiApplication::primaryScreen()->geometry().width(), 30);
         // A dock for the window manager, said before the window is mapped.
-        auto *x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-        xcb_connection_t *connection = x11->connection();
-        auto atom = [&](const char *name) {
-            xcb_intern_atom_reply_t *reply = xcb_intern_atom_reply(
-                connection, xcb_intern_atom(connection, 0, strlen(name), name), nullptr);
-            const xcb_atom_t value = reply->atom;
-            free(reply);
-            return value;
-        };
-        const xcb_atom_t type = atom("_NET_WM_WINDOW_TYPE_DOCK");
-        xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window.winId(),
-                            atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1, &type);
-    } else {
-        window.setGeometry(200, 200, 300, 200);
+        xcb_connection_t *x =
+            qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+        const xcb_atom_t dock = Atom(x, "_NET_WM_WINDOW_TYPE_DOCK");
+        xcb_change_property(x, XCB_PROP_MODE_REPLACE, window.winId(),
+                            Atom(x, "_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1, &dock);
     }
     window.show();
     std::printf("%llu\n", static_cast<unsigned long long>(window.winId()));
@@ -48,16 +72,10 @@ int main(int argc, char *argv[]) {
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(&input, &QSocketNotifier::activated, [&] {
         char line[64] = {};
-        const ssize_t got = ::read(STDIN_FILENO, line, sizeof line - 1);
-        const QByteArray command = QByteArray(line, got > 0 ? int(got) : 0).trimmed();
-        if (got <= 0 || command == "quit")
-            QApplication::quit();
-        else if (command == "fullscreen")
+        if (::read(STDIN_FILENO, line, sizeof line - 1) <= 0)
+            input.setEnabled(false);
+        else if (QByteArray(line).startsWith("fullscreen"))
             window.showFullScreen();
-        else if (command == "normal")
-            window.showNormal();
-        else if (command == "activate")
-            window.activateWindow();
     });
     return QApplication::exec();
 }

@@ -1,20 +1,16 @@
 // The desktop's look: which icon theme and which colour scheme the program
 // takes from what the platform theme, XSETTINGS, settings.ini and the portal
-// say, among icon themes installed in a folder of the test's own; and how the
-// toolkit settings are read.
+// say, among icon themes installed in a folder of the test's own.
 #include "app/desktoplook.h"
 #include "platform/doubles/fakedesktopsettings.h"
 #include "platform/iconthemes.h"
-#include "platform/xdgdesktopsettings.h"
-#include "platform/xsettings.h"
 #include "tests/support/installed.h"
+#include "tests/support/tempenvironment.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QFile>
 #include <QIcon>
 #include <QTemporaryDir>
-#include <QtEndian>
 #include <gtest/gtest.h>
 
 namespace {
@@ -41,19 +37,12 @@ protected:
 
     // An installed theme, with a folder and a file icon of its own when `complete`.
     void Theme(const char *name, const char *inherits, bool complete) {
-        const QString root = themes.filePath(QLatin1String(name));
-        QDir().mkpath(root + QStringLiteral("/48/places"));
-        QFile index(root + QStringLiteral("/index.theme"));
-        ASSERT_TRUE(index.open(QIODevice::WriteOnly));
-        index.write(QByteArray("[Icon Theme]\nName=x\nInherits=") + inherits +
-                    "\nDirectories=48/places,48/mimetypes\n[48/places]\nSize=48\n");
-        index.close();
-        QFile(root + QStringLiteral("/48/places/folder.png")).open(QIODevice::WriteOnly);
-        if (complete) {
-            QDir().mkpath(root + QStringLiteral("/48/mimetypes"));
-            QFile(root + QStringLiteral("/48/mimetypes/text-x-generic.svg"))
-                .open(QIODevice::WriteOnly);
-        }
+        const QByteArray root = QFile::encodeName(themes.path()) + '/' + name;
+        WriteFile(root + "/index.theme", QByteArray("[Icon Theme]\nInherits=") + inherits +
+                                             "\nDirectories=48/places,48/mimetypes\n");
+        WriteFile(root + "/48/places/folder.png", {});
+        if (complete)
+            WriteFile(root + "/48/mimetypes/text-x-generic.svg", {});
     }
 
     QTemporaryDir themes;
@@ -80,27 +69,15 @@ TEST_F(DesktopLookTest, TheIconThemeIsThePlatformsThenXSettingsThenSettingsIniTh
     for (const auto &c : cases) {
         const ToolkitSettings xsettings{QLatin1String(c.xsettings), {}, {}};
         const ToolkitSettings settingsIni{QLatin1String(c.settingsIni), {}, {}};
-        EXPECT_EQ(ChooseIconTheme(QLatin1String(c.platform), xsettings, settingsIni, c.scheme, paths),
-                  QLatin1String(c.chosen))
+        EXPECT_EQ(
+            ChooseIconTheme(QLatin1String(c.platform), xsettings, settingsIni, c.scheme, paths),
+            QLatin1String(c.chosen))
             << c.platform << "|" << c.xsettings << "|" << c.settingsIni;
     }
     EXPECT_EQ(platform::CompleteIconThemes(paths),
               QStringLiteral("Adwaita Papirus Papirus-Dark Zeta").split(u' '));
     EXPECT_TRUE(ChooseIconTheme({}, {}, {}, none, {QStringLiteral(":/icons")}).isEmpty())
         << "no theme installed: Qt's own icons";
-}
-
-TEST_F(DesktopLookTest, ThePortalDecidesDarkOrLightAndTheToolkitWhereItDoesNot) {
-    const ToolkitSettings darkTheme{{}, QStringLiteral("Adwaita-dark"), {}};
-    const ToolkitSettings preferDark{{}, QStringLiteral("Adwaita"), true};
-    const ToolkitSettings light{{}, QStringLiteral("Adwaita"), false};
-    EXPECT_EQ(ChooseColourScheme(ColourScheme::Light, darkTheme, {}), ColourScheme::Light);
-    EXPECT_EQ(ChooseColourScheme(ColourScheme::Dark, light, light), ColourScheme::Dark);
-    EXPECT_EQ(ChooseColourScheme(ColourScheme::NoPreference, darkTheme, {}), ColourScheme::Dark);
-    EXPECT_EQ(ChooseColourScheme({}, {}, preferDark), ColourScheme::Dark);
-    EXPECT_EQ(ChooseColourScheme({}, light, preferDark), ColourScheme::NoPreference)
-        << "XSETTINGS speaks for the running desktop";
-    EXPECT_EQ(ChooseColourScheme({}, {}, {}), ColourScheme::NoPreference);
 }
 
 TEST_F(DesktopLookTest, TheLookIsAppliedAndFollowsTheDesktop) {
@@ -122,43 +99,6 @@ TEST_F(DesktopLookTest, TheLookIsAppliedAndFollowsTheDesktop) {
     EXPECT_EQ(QApplication::palette().color(QPalette::Window), light);
     StopFollowingDesktopLook();
     EXPECT_FALSE(desktop.changed);
-}
-
-TEST(ToolkitSettings, SettingsIniOverridesWhatCameBeforeAndXSettingsAreDecoded) {
-    QTemporaryDir dir;
-    const QString ini = dir.filePath(QStringLiteral("settings.ini"));
-    QFile file(ini);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("[Settings]\ngtk-icon-theme-name = Papirus\ngtk-application-prefer-dark-theme=1\n");
-    file.close();
-    const ToolkitSettings read =
-        platform::ReadGtkSettingsIni(ini, {QStringLiteral("Adwaita"), QStringLiteral("Arc"), {}});
-    EXPECT_EQ(read.iconTheme, QStringLiteral("Papirus"));
-    EXPECT_EQ(read.theme, QStringLiteral("Arc")) << "kept from the system's file";
-    EXPECT_EQ(read.preferDark, true);
-    EXPECT_TRUE(platform::ReadGtkSettingsIni(dir.filePath(QStringLiteral("none"))).iconTheme.isEmpty());
-
-    // Most significant byte first: a string, a colour, an integer, then a cut-off setting.
-    auto card = [](QByteArray &out, quint32 value, int bytes) {
-        for (int i = bytes - 1; i >= 0; --i)
-            out += char((value >> (8 * i)) & 0xFF);
-    };
-    QByteArray data("\x01\0\0\0", 4);
-    card(data, 7, 4);
-    card(data, 4, 4);
-    data += QByteArray("\x01\0", 2) + QByteArray("\0\x11", 2) + "Net/IconThemeName" +
-            QByteArray(3, 0) + QByteArray(4, 0);
-    card(data, 7, 4);
-    data += "Papirus" + QByteArray(1, 0);
-    data += QByteArray("\x02\0\0\x01", 4) + "c" + QByteArray(3, 0) + QByteArray(12, 1);
-    data += QByteArray("\0\0\0\x07", 4) + "Xft/DPI" + QByteArray(1, 0) + QByteArray(4, 0);
-    card(data, 147456, 4);
-    data += QByteArray("\x01\0\0\x05", 4) + "Cut";
-    const platform::XSettingsValues values = platform::ParseXSettings(data);
-    EXPECT_EQ(values.value("Net/IconThemeName").toString(), QStringLiteral("Papirus"));
-    EXPECT_EQ(values.value("Xft/DPI").toInt(), 147456);
-    EXPECT_EQ(values.size(), 2);
-    EXPECT_TRUE(platform::ParseXSettings("\0\0").isEmpty());
 }
 
 } // namespace

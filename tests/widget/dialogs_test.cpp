@@ -1,5 +1,5 @@
-// The preferences dialog, its item routines and the About box, as real widgets
-// on the offscreen platform.
+// The preferences dialog and the About box, as real widgets on the offscreen
+// platform.
 #include "core/settings.h"
 #include "dialogs/aboutbox.h"
 #include "dialogs/dialogitems.h"
@@ -12,7 +12,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -55,7 +54,7 @@ protected:
     std::unique_ptr<ItemDialog> dialog;
 };
 
-TEST_F(PreferencesDialogTest, ShowsTheSettingsAndEnablesTheChoicesOfTheHideModeOnly) {
+TEST_F(PreferencesDialogTest, EveryClickChangesItsSettingAndTheDialogShowsItAtOnce) {
     EXPECT_EQ(items(1, 2), (QList<int>{1, 2}));
     EXPECT_EQ(items(9, 5), QList<int>{9}) << "rainbow";
     EXPECT_EQ(items(22, 2), QList<int>{22}) << "hide mode 1";
@@ -63,23 +62,39 @@ TEST_F(PreferencesDialogTest, ShowsTheSettingsAndEnablesTheChoicesOfTheHideModeO
     EXPECT_EQ(items(16, 6), QList<int>{18}) << "left half";
     EXPECT_EQ(items(28, 2), (QList<int>{28, 29}));
     EXPECT_EQ(limitField()->text(), QStringLiteral("50"));
+    // The hide mode enables either the keys or the areas.
     EXPECT_EQ(items(24, 3, true).size(), 3);
     EXPECT_TRUE(items(16, 6, true).isEmpty());
-
     click(15);
+    click(20);
     EXPECT_EQ(appleMenuSettings.hideMode, 2);
+    EXPECT_EQ(appleMenuSettings.hideArea, kAreaCentre);
     EXPECT_TRUE(items(24, 3, true).isEmpty());
     EXPECT_EQ(items(16, 6, true).size(), 6);
-    click(20);
-    EXPECT_EQ(appleMenuSettings.hideArea, kAreaCentre);
     click(23);
     click(26);
-    EXPECT_EQ(appleMenuSettings.hideMode, 3);
-    EXPECT_EQ(appleMenuSettings.hideModifiers, shiftKey);
-    EXPECT_EQ(items(22, 2), QList<int>{23});
     click(23);
+    EXPECT_EQ(appleMenuSettings.hideModifiers, shiftKey);
     EXPECT_EQ(items(22, 2), QList<int>{23}) << "a checked radio stays checked";
-
+    // Colour samples check their radio; check boxes toggle once.
+    for (DialogItemIndex sample = 4; sample <= 8; ++sample) {
+        click(sample);
+        EXPECT_EQ(items(9, 5), QList<int>{sample + 5}) << "sample " << sample;
+    }
+    click(11);
+    EXPECT_EQ(appleMenuSettings.iconColour, kColourBlue);
+    for (DialogItemIndex box : {2, 28, 29})
+        click(box);
+    EXPECT_EQ(generalSettings.finderToFront + generalSettings.mainMenuIcons +
+                  generalSettings.subMenuIcons,
+              0);
+    EXPECT_TRUE(items(28, 2).isEmpty());
+    // The icon limit is kept keystroke by keystroke, as its low 16 bits, unrefreshed.
+    appleMenuSettings.iconColour = kColourRed;
+    limitField()->selectAll();
+    QTest::keyClicks(limitField(), QStringLiteral("70000"));
+    EXPECT_EQ(generalSettings.subMenuIconLimit, 4464);
+    EXPECT_EQ(items(9, 5), QList<int>{11}) << "blue still: no refresh while typing";
     // A value with no button of its own shows none checked, and stays.
     appleMenuSettings.iconColour = FourCC("plum");
     RefreshPreferencesDialog(dialog.get());
@@ -87,42 +102,10 @@ TEST_F(PreferencesDialogTest, ShowsTheSettingsAndEnablesTheChoicesOfTheHideModeO
     EXPECT_EQ(appleMenuSettings.iconColour, FourCC("plum"));
 }
 
-TEST_F(PreferencesDialogTest, ColoursAndCheckBoxesChangeTheirSettingOnce) {
-    for (DialogItemIndex sample = 4; sample <= 8; ++sample) {
-        click(sample);
-        EXPECT_EQ(items(9, 5), QList<int>{sample + 5}) << "sample " << sample;
-    }
-    click(11);
-    EXPECT_EQ(appleMenuSettings.iconColour, kColourBlue);
-    click(2);
-    click(28);
-    click(29);
-    EXPECT_EQ(generalSettings.finderToFront, 0);
-    EXPECT_EQ(generalSettings.mainMenuIcons, 0);
-    EXPECT_EQ(generalSettings.subMenuIcons, 0);
-    EXPECT_TRUE(items(28, 2).isEmpty());
-}
-
-TEST_F(PreferencesDialogTest, TheIconLimitIsStoredKeystrokeByKeystrokeAsItsLow16Bits) {
-    QLineEdit *field = limitField();
-    field->selectAll();
-    QTest::keyClick(field, Qt::Key_Backspace);
-    EXPECT_EQ(generalSettings.subMenuIconLimit, 0) << "an empty field reads as 0";
-    appleMenuSettings.iconColour = kColourRed;
-    QTest::keyClicks(field, QStringLiteral("70000"));
-    EXPECT_EQ(generalSettings.subMenuIconLimit, 4464);
-    EXPECT_EQ(items(9, 5), QList<int>{9}) << "no refresh while typing";
-    field->clear();
-    QTest::keyClicks(field, QStringLiteral("-5"));
-    EXPECT_EQ(generalSettings.subMenuIconLimit, -5);
-    QTest::keyClicks(field, QStringLiteral("w"));
-    EXPECT_TRUE(dialog->isVisible()) << "a plain w is only a keystroke";
-}
-
 TEST_F(PreferencesDialogTest, TheClosingKeysTheCloseButtonAndTheWindowCloseIt) {
-    const std::pair<Qt::Key, Qt::KeyboardModifiers> keys[] = {{Qt::Key_Return, Qt::NoModifier},
+    const std::pair<Qt::Key, Qt::KeyboardModifiers> keys[] = {{Qt::Key_Return, {}},
                                                               {Qt::Key_Enter, Qt::KeypadModifier},
-                                                              {Qt::Key_Escape, Qt::NoModifier},
+                                                              {Qt::Key_Escape, {}},
                                                               {Qt::Key_W, Qt::ControlModifier}};
     for (const auto &[key, modifiers] : keys) {
         dialog->show();
@@ -130,10 +113,10 @@ TEST_F(PreferencesDialogTest, TheClosingKeysTheCloseButtonAndTheWindowCloseIt) {
         EXPECT_FALSE(dialog->isVisible()) << key;
     }
     dialog->show();
-    dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Close)->click();
-    EXPECT_FALSE(dialog->isVisible());
+    QTest::keyClick(limitField(), Qt::Key_W);
+    EXPECT_TRUE(dialog->isVisible()) << "a plain w is a keystroke";
     dialog->show();
-    dialog->close();
+    dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Close)->click();
     EXPECT_FALSE(dialog->isVisible());
     EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Kestrel Menu Preferences"));
 }
@@ -146,73 +129,36 @@ TEST_F(PreferencesDialogTest, EveryMnemonicIsUsedOnce) {
         texts.append(label->text());
     QMap<QChar, QString> taken;
     for (const QString &text : std::as_const(texts)) {
-        for (qsizetype i = text.indexOf(u'&'); i >= 0 && i + 1 < text.size();
-             i = text.indexOf(u'&', i + 2)) {
-            if (text[i + 1] == u'&')
-                continue; // a literal ampersand
-            const QChar key = text[i + 1].toLower();
-            EXPECT_FALSE(taken.contains(key))
-                << "Alt+" << QString(key).toStdString() << " in \""
-                << taken.value(key).toStdString() << "\" and \"" << text.toStdString() << "\"";
-            taken.insert(key, text);
-        }
+        // The letter after a single "&"; "&&" is an ampersand.
+        const QString key = QString(text).replace(QLatin1String("&&"), QString()).section(u'&', 1);
+        if (key.isEmpty())
+            continue;
+        EXPECT_FALSE(taken.contains(key[0].toLower()))
+            << text.toStdString() << " and " << taken.value(key[0].toLower()).toStdString();
+        taken.insert(key[0].toLower(), text);
     }
     EXPECT_GE(taken.size(), 12) << "the check boxes, the main choices and the colours";
 }
 
-TEST(DialogItems, ValuesTextsAndNumbers) {
-    ItemDialog dialog;
-    auto *box = new QCheckBox(&dialog);
-    auto *field = new QLineEdit(&dialog);
-    dialog.registerItem(1, box);
-    dialog.registerItem(2, field);
-    SetItemValue(&dialog, 1, 2);
-    EXPECT_EQ(GetItemValue(&dialog, 1), 2);
-    EXPECT_FALSE(ToggleItem(&dialog, 1)) << "mixed becomes off";
-    EXPECT_TRUE(ToggleItem(&dialog, 1));
-    SetItemEnabled(&dialog, 1, false);
-    EXPECT_FALSE(box->isEnabled());
-    SetItemNumber(&dialog, 2, -5);
-    EXPECT_EQ(field->text(), QStringLiteral("-5"));
-    EXPECT_EQ(GetItemNumber(&dialog, 2), -5);
-    field->setText(QStringLiteral("4294967297"));
-    EXPECT_EQ(GetItemNumber(&dialog, 2), 1) << "wraps at 32 bits";
-    field->setText(QStringLiteral("1a"));
-    EXPECT_EQ(GetItemNumber(&dialog, 2), 10 + ('a' - '0')) << "non-digits are not rejected";
-}
-
-class AboutBoxTest : public ::testing::TestWithParam<const char *> {
-protected:
+// Each button closes the box; the two links open their address and leave the
+// browser in front, OK brings back the window that was there.
+TEST(AboutBox, EachButtonClosesItAndTheLinksLeaveTheBrowserInFront) {
     Installed<platform::FakeLauncher, platform::Launcher> launcher;
     Installed<platform::FakeFrontWindow, platform::FrontWindow> front;
-};
-
-// Each button: what it opens, and whether the window that was in front comes back.
-TEST_P(AboutBoxTest, EachButtonOpensItsAddressAndLeavesTheBrowserInFront) {
     const ProcessSerialNumber editor{777, 0x400001};
-    front.front = editor;
-    const QString button = QString::fromLatin1(GetParam());
-    QTimer::singleShot(0, [button] {
-        QApplication::activeModalWidget()->findChild<QPushButton *>(button)->click();
-    });
-    ShowAboutDialog();
-    EXPECT_EQ(userInteractionHideLevel, 0);
-    if (button == QLatin1String("aboutOk")) {
-        EXPECT_TRUE(launcher.launches.isEmpty());
-        EXPECT_EQ(front.front, editor);
-        return;
+    for (const auto &[button, opened] :
+         {std::pair{"aboutOk", ""}, {"aboutWebPage", "https://"}, {"aboutGuide", "file:///"}}) {
+        front.front = editor;
+        launcher.launches.clear();
+        QTimer::singleShot(0, [name = QLatin1String(button)] {
+            QApplication::activeModalWidget()->findChild<QPushButton *>(name)->click();
+        });
+        ShowAboutDialog();
+        EXPECT_EQ(launcher.launches.value(0).target.left(qstrlen(opened)), opened) << button;
+        EXPECT_EQ(front.front == editor, launcher.launches.isEmpty()) << button;
+        EXPECT_EQ(userInteractionHideLevel, 0);
     }
-    ASSERT_EQ(launcher.launches.size(), 1);
-    const QByteArray target = launcher.launches[0].target;
-    if (button == QLatin1String("aboutWebPage"))
-        EXPECT_TRUE(target.startsWith("https://")) << target.constData();
-    else // the guide installed beside the program
-        EXPECT_TRUE(target.startsWith("file:///") &&
-                    target.endsWith("/share/doc/kestrel-menu/guide.html"))
-            << target.constData();
-    EXPECT_EQ(front.front, front.self) << "the previous window is not brought back";
+    EXPECT_TRUE(UserGuideURL().endsWith("/share/doc/kestrel-menu/guide.html"));
 }
-INSTANTIATE_TEST_SUITE_P(Buttons, AboutBoxTest,
-                         ::testing::Values("aboutOk", "aboutWebPage", "aboutGuide"));
 
 } // namespace
