@@ -1,9 +1,7 @@
-// A window for the title tests: "dock" is a magenta panel across the top of
-// the screen, "normal" an ordinary window that obeys "fullscreen" on standard
-// input, "drag URI..." (or "files URI...") one whose drag offers a URI list of
-// those addresses (copy, move or link, proposing a move, as file managers do)
-// and prints "dropped link" or "dropped other" when it ends. Each prints its
-// window id once shown.
+// A window for the title tests, printing its id once shown: "dock", a magenta
+// panel; "normal", obeying "fullscreen" on standard input; "drag URI..." (or
+// "files"), dragging those addresses as a file manager does (copy, move or
+// link; a move proposed), printing "dropped link" or "dropped other".
 #include <xcb/xcb.h>
 
 #include <QApplication>

