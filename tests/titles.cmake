@@ -11,7 +11,7 @@ endforeach()
 # tests drag from it under its older name.
 foreach(helper titles_window titles_drop_source)
     add_executable(${helper} e2e/titles_window.cpp)
-    target_link_libraries(${helper} PRIVATE kestrel_settings Qt6::Widgets PkgConfig::XCB)
+    target_link_libraries(${helper} PRIVATE kestrel_settings Qt6::Widgets)
 endforeach()
 
 # The screen is resized with xrandr to a mode the test teaches the X server.

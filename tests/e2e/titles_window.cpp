@@ -2,11 +2,10 @@
 // panel; "normal", obeying "fullscreen" on standard input; "drag URI..." (or
 // "files"), dragging those addresses as a file manager does (copy, move or
 // link; a move proposed), printing "dropped link" or "dropped other".
-#include <xcb/xcb.h>
-
 #include <QApplication>
 #include <QDrag>
 #include <QMimeData>
+#include <QProcess>
 #include <QScreen>
 #include <QSocketNotifier>
 #include <QWidget>
@@ -34,14 +33,6 @@ protected:
     }
 };
 
-xcb_atom_t Atom(xcb_connection_t *x, const char *name) {
-    xcb_intern_atom_reply_t *reply =
-        xcb_intern_atom_reply(x, xcb_intern_atom(x, 0, qstrlen(name), name), nullptr);
-    const xcb_atom_t atom = reply->atom;
-    free(reply);
-    return atom;
-}
-
 } // namespace
 
 int main(int argc, char *argv[]) {
@@ -57,11 +48,12 @@ int main(int argc, char *argv[]) {
         window.setWindowFlag(Qt::FramelessWindowHint);
         window.setGeometry(0, 0, QGuiApplication::primaryScreen()->geometry().width(), 30);
         // A dock for the window manager, said before the window is mapped.
-        xcb_connection_t *x =
-            qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
-        const xcb_atom_t dock = Atom(x, "_NET_WM_WINDOW_TYPE_DOCK");
-        xcb_change_property(x, XCB_PROP_MODE_REPLACE, window.winId(),
-                            Atom(x, "_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1, &dock);
+        QProcess::execute(
+            QStringLiteral("xprop"),
+            QStringLiteral("-id %1 -f _NET_WM_WINDOW_TYPE 32a -set _NET_WM_WINDOW_TYPE "
+                           "_NET_WM_WINDOW_TYPE_DOCK")
+                .arg(window.winId())
+                .split(u' '));
     }
     window.show();
     std::printf("%llu\n", static_cast<unsigned long long>(window.winId()));
