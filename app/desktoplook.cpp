@@ -48,7 +48,7 @@ QString ChooseIconTheme(const QString &platformTheme, const platform::ToolkitSet
         }
     }
     if (chosen.isEmpty())
-        chosen = platform::CompleteIconThemes(searchPaths).value(0);
+        chosen = platform::FirstCompleteIconTheme(searchPaths);
     // Monochrome icons drawn for a light background vanish on a dark one.
     if (scheme == ColourScheme::Dark &&
         !chosen.endsWith(QLatin1String("-dark"), Qt::CaseInsensitive))
@@ -106,8 +106,7 @@ void ApplyDesktopLook() {
         ChooseIconTheme(platformTheme, xsettings, settingsIni, scheme, searchPaths);
     QIcon::setThemeName(iconTheme);
     // Icons a chosen theme lacks come from a complete one.
-    const QStringList complete = platform::CompleteIconThemes(searchPaths);
-    QString fallback = complete.value(0) == iconTheme ? complete.value(1) : complete.value(0);
+    const QString fallback = platform::FirstCompleteIconTheme(searchPaths, iconTheme);
     QIcon::setFallbackThemeName(fallback.isEmpty() ? QStringLiteral("hicolor") : fallback);
 
     if (scheme != appliedScheme) {

@@ -95,23 +95,23 @@ bool IsCompleteIconTheme(const QString &name, const QStringList &searchPaths) {
     return Complete(name, searchPaths, seen);
 }
 
-QStringList CompleteIconThemes(const QStringList &searchPaths) {
+QString FirstCompleteIconTheme(const QStringList &searchPaths, const QString &except) {
+    QStringList candidates;
+    for (const char *name : kDesktopThemes)
+        candidates.append(QLatin1String(name));
     QStringList others;
     for (const QString &base : searchPaths)
         if (!base.startsWith(u':'))
             others += QDir(base).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
-    others.removeDuplicates();
-    QStringList themes;
-    for (const char *name : kDesktopThemes) {
-        const QString theme = QLatin1String(name);
-        others.removeAll(theme);
-        if (IsCompleteIconTheme(theme, searchPaths))
-            themes.append(theme);
-    }
-    for (const QString &theme : std::as_const(others))
-        if (!ReadIndex(theme, searchPaths).hidden && IsCompleteIconTheme(theme, searchPaths))
-            themes.append(theme);
-    return themes;
+    others.sort();
+    candidates += others;
+    candidates.removeDuplicates();
+    // Looked at in order, and no further than needed: reading a theme costs milliseconds.
+    for (const QString &theme : std::as_const(candidates))
+        if (theme != except && !ReadIndex(theme, searchPaths).hidden &&
+            IsCompleteIconTheme(theme, searchPaths))
+            return theme;
+    return {};
 }
 
 bool PlatformThemeKnowsIcons() {

@@ -12,9 +12,9 @@ bool IsInstalledIconTheme(const QString &name, const QStringList &searchPaths);
 // Whether the theme shows a folder and a plain file by itself or through the
 // themes it inherits (hicolor, every theme's last resort, aside).
 bool IsCompleteIconTheme(const QString &name, const QStringList &searchPaths);
-// The complete themes installed: the desktops' own first (Adwaita, Breeze,
-// elementary, ...), then the others by name.
-QStringList CompleteIconThemes(const QStringList &searchPaths);
+// The first complete theme installed other than `except`: the desktops' own
+// first (Adwaita, Breeze, elementary, ...), then the others by name; empty for none.
+QString FirstCompleteIconTheme(const QStringList &searchPaths, const QString &except = {});
 
 // Whether the icon theme Qt's platform theme names is the desktop's choice (a
 // theme plugin, or Qt's own theme for KDE), not a fixed default of Qt's generic
