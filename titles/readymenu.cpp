@@ -137,6 +137,7 @@ void DestroyReadyMenus() {
     }
     delete AppleMenuCarbonTimerRef;
     AppleMenuCarbonTimerRef = nullptr;
+    titleInputWatched = false;
     if (FrontSwitchedCarbonEventRef)
         platform::service<platform::FrontWindow>().setFrontSwitchedHandler(nullptr);
     FrontSwitchedCarbonEventRef = false;
