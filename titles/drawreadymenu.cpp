@@ -36,16 +36,16 @@ QString ColourIconName(OSType colour) {
 }
 
 // The image at its natural size, from the first folder of the search path that
-// has it. On a high-density screen it is drawn afresh from its SVG source at
-// the screen's own density where the folder has one, else the "@2x" drawing
-// serves, so that it stays crisp at 1.5x as at 2x.
+// has it. At 2x the "@2x" drawing serves; at any other density above 1 it is
+// drawn afresh from its SVG source where the folder has one, so that it stays
+// crisp at 1.5x as at 2x.
 QImage LoadTitleImage(const QString &name, qreal deviceRatio) {
     for (const QString &folder : QDir::searchPaths(QLatin1String(kTitleImageSearchPath))) {
         const QDir dir(folder);
         if (!dir.exists(name))
             continue;
         const QString base = QFileInfo(name).completeBaseName();
-        if (deviceRatio > 1.0) {
+        if (deviceRatio > 1.0 && !qFuzzyCompare(deviceRatio, 2.0)) {
             QSvgRenderer source(dir.filePath(base + QLatin1String(".svg")));
             if (source.isValid()) {
                 QImage drawn((QSizeF(source.defaultSize()) * deviceRatio).toSize(),
@@ -58,6 +58,8 @@ QImage LoadTitleImage(const QString &name, qreal deviceRatio) {
                 drawn.setDevicePixelRatio(deviceRatio);
                 return drawn;
             }
+        }
+        if (deviceRatio > 1.0) {
             QImage large(dir.filePath(base + QLatin1String("@2x.png")));
             if (!large.isNull()) {
                 large.setDevicePixelRatio(2.0);
