@@ -1,13 +1,33 @@
 // Kestrel Menu: folder menus at the left end of the top bar.
 
+#include "app/desktoplook.h"
 #include "app/lifecycle.h"
 #include "app/platformservices.h"
 #include "app/singleinstance.h"
 #include "foldermenus/menustyle.h"
 
 #include <QApplication>
+#include <QFileInfo>
+#include <QIcon>
+#include <QLibraryInfo>
 
 #include <cstdio>
+
+namespace {
+
+// The file dialogs go through the XDG desktop portal where Qt's portal theme is
+// installed: it hands dialogs to the desktop's own chooser when a portal runs,
+// and everything else to the theme Qt would have chosen anyway.
+void UsePortalDialogs() {
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORMTHEME"))
+        return; // the user's choice
+    const QString plugin = QLibraryInfo::path(QLibraryInfo::PluginsPath) +
+                           QStringLiteral("/platformthemes/libqxdgdesktopportal.so");
+    if (QFileInfo::exists(plugin))
+        qputenv("QT_QPA_PLATFORMTHEME", "xdgdesktopportal");
+}
+
+} // namespace
 
 int main(int argc, char *argv[]) {
     // Checked before anything else so that a second copy touches nothing.
@@ -23,23 +43,31 @@ int main(int argc, char *argv[]) {
     // they run through XWayland unless the user chose a platform explicitly.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb");
+    UsePortalDialogs();
 
     // The program has no options: Qt sees only the program name.
     int qtArgc = 1;
     QApplication application(qtArgc, argv);
     if (argc > 1)
         std::fprintf(stderr, "kestrel-menu: takes no options; ignoring them\n");
+    // No display name: Qt would add it to every window title ("… — Kestrel Menu"),
+    // and the windows already say whose they are.
     QApplication::setApplicationName(QStringLiteral("kestrel-menu"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Kestrel Menu"));
     QApplication::setApplicationVersion(QStringLiteral(KESTREL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("kestrel-menu"));
+    QApplication::setWindowIcon(QIcon::fromTheme(
+        QStringLiteral("kestrel-menu"), QIcon(QStringLiteral(":/images/kestrel-menu.svg"))));
     QApplication::setQuitOnLastWindowClosed(false);
     InstallMenuStyle();
 
     const PlatformServices services;
-    if (lock == SingleInstance::Outcome::Failed)
+    if (lock == SingleInstance::Outcome::Failed) {
         instance.reportFailure();
-    else
-        RunKestrelMenu();
+        return 0;
+    }
+    // Icons, palette, light or dark: the desktop's, from the start and as they change.
+    FollowDesktopLook();
+    RunKestrelMenu();
+    StopFollowingDesktopLook();
     return 0;
 }

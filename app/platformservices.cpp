@@ -13,6 +13,7 @@
 #include "platform/x11titlewindows.h"
 #include "platform/xcbpointer.h"
 #include "platform/xdgautostart.h"
+#include "platform/xdgdesktopsettings.h"
 
 struct PlatformServices::Implementations {
     platform::MessageBoxAlerts alerts;
@@ -27,6 +28,7 @@ struct PlatformServices::Implementations {
     platform::DBusNotifications notifications;
     platform::GioTrustMarks trustMarks;
     platform::StartupIdTokens activationTokens;
+    platform::XdgDesktopSettings desktopSettings;
 };
 
 PlatformServices::PlatformServices() : implementations_(std::make_unique<Implementations>()) {
@@ -42,6 +44,7 @@ PlatformServices::PlatformServices() : implementations_(std::make_unique<Impleme
     platform::install<platform::Notifications>(&implementations_->notifications);
     platform::install<platform::TrustMarks>(&implementations_->trustMarks);
     platform::install<platform::ActivationTokens>(&implementations_->activationTokens);
+    platform::install<platform::DesktopSettings>(&implementations_->desktopSettings);
 }
 
 PlatformServices::~PlatformServices() {
@@ -57,4 +60,5 @@ PlatformServices::~PlatformServices() {
     platform::install<platform::Notifications>(nullptr);
     platform::install<platform::TrustMarks>(nullptr);
     platform::install<platform::ActivationTokens>(nullptr);
+    platform::install<platform::DesktopSettings>(nullptr);
 }

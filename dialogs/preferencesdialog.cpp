@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QIntValidator>
@@ -74,12 +75,15 @@ public:
         setObjectName(QStringLiteral("preferencesDialog"));
         auto *layout = new QVBoxLayout(this);
 
-        layout->addWidget(label(kStartupLabelItem, tr("At start-up")));
+        // Every mnemonic is used once, so that Alt and a letter acts at once
+        // instead of moving the focus between controls that share it.
+        layout->addWidget(label(kStartupLabelItem, tr("Starting")));
         layout->addWidget(checkBox(kOpenAtLoginItem, tr("&Open Kestrel Menu when I log in")));
-        layout->addWidget(checkBox(kFinderToFrontItem, tr("Bring the &file manager to the front")));
+        layout->addWidget(checkBox(kFinderToFrontItem,
+                                   tr("Bring the &file manager to the front when it starts")));
         layout->addWidget(separator(kFirstSeparatorItem));
 
-        layout->addWidget(label(kColourLabelItem, tr("Title colour")));
+        layout->addWidget(label(kColourLabelItem, tr("Colour of the title")));
         auto *colours = new QGridLayout;
         const QString names[] = {tr("&Rainbow"), tr("Gr&ey"), tr("&Blue"), tr("Re&d"),
                                  tr("&Green")};
@@ -88,8 +92,10 @@ public:
             sample->setIcon(QIcon(QString::fromLatin1(kColourImages[i])));
             sample->setIconSize(QSize(35, 22));
             sample->setAutoRaise(true);
-            sample->setToolTip(names[i]);
-            sample->setAccessibleName(names[i]);
+            // The radio button below says the same and takes the keyboard.
+            sample->setFocusPolicy(Qt::NoFocus);
+            sample->setToolTip(QString(names[i]).remove(u'&'));
+            sample->setAccessibleName(QString(names[i]).remove(u'&'));
             const DialogItemIndex sampleItem = DialogItemIndex(kFirstColourSampleItem + i);
             registerItem(sampleItem, sample);
             connect(sample, &QToolButton::clicked, this, [this, sampleItem] { hit(sampleItem); });
@@ -100,22 +106,22 @@ public:
         layout->addLayout(colours);
         layout->addWidget(separator(kFirstSeparatorItem + 1));
 
-        layout->addWidget(label(kHidingLabelItem,
-                                tr("Step aside so that what lies under the title can be used")));
-        layout->addWidget(radio(kHideWithKeyItem, tr("&While the pointer is over it and a key "
-                                                     "is held")));
         layout->addWidget(
-            radio(kShowWithKeyItem, tr("&Always, except while the pointer is over its place "
-                                       "and a key is held")));
+            label(kHidingLabelItem, tr("Hiding the title, to reach what is under it")));
+        layout->addWidget(radio(kHideWithKeyItem, tr("&Hide it while the pointer is over it and "
+                                                     "a key is held")));
+        layout->addWidget(radio(kShowWithKeyItem, tr("Sho&w it only while the pointer is over it "
+                                                     "and a key is held")));
         auto *keys = new QHBoxLayout;
         keys->addSpacing(24);
-        keys->addWidget(new QLabel(tr("Key:")));
+        keys->addWidget(new QLabel(tr("The key:")));
         const QString keyNames[] = {tr("Ctrl"), tr("Super"), tr("Shift")};
         for (int i = 0; i < 3; ++i)
             keys->addWidget(radio(DialogItemIndex(kFirstModifierItem + i), keyNames[i]));
         keys->addStretch();
         layout->addLayout(keys);
-        layout->addWidget(radio(kHideOverAreaItem, tr("While the pointer is &over a part of it")));
+        layout->addWidget(
+            radio(kHideOverAreaItem, tr("Hide it while the pointer is over &part of it:")));
         auto *areas = new QGridLayout;
         areas->setColumnMinimumWidth(0, 24);
         const QString areaNames[] = {tr("Top half"),   tr("Bottom half"), tr("Left half"),
@@ -140,6 +146,11 @@ public:
         subIcons->addWidget(new QLabel(tr("items")));
         subIcons->addStretch();
         layout->addLayout(subIcons);
+
+        // Every change is kept as it is made: closing is the only thing left to do.
+        auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+        connect(buttons, &QDialogButtonBox::rejected, this, [this] { hit(kClosePreferencesItem); });
+        layout->addWidget(buttons);
         layout->setSizeConstraint(QLayout::SetFixedSize);
     }
 

@@ -5,6 +5,7 @@
 #include "titles/userinteraction.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 
@@ -12,18 +13,19 @@
 
 namespace {
 
-// The item chooser: one item of any kind. The file dialog chooses either files
-// or folders; here "Open" on a selected folder, link or bundle chooses it,
+// The item chooser: one item, starting in the home folder. The desktop's own
+// dialog is used where there is one (through the portal or the platform
+// theme); it chooses files only. Qt's own dialog, where there is no other,
+// chooses any item: "Choose" on a selected folder, link or bundle takes it,
 // while a double click still goes into a folder.
 class ObjectChooser final : public QFileDialog {
 public:
     ObjectChooser()
-        : QFileDialog(nullptr, QCoreApplication::translate("Choosers", "Choose an Item")) {
+        : QFileDialog(nullptr, QCoreApplication::translate("Choosers", "Choose an Item"),
+                      QDir::homePath()) {
         setFileMode(QFileDialog::ExistingFile);
         setAcceptMode(QFileDialog::AcceptOpen);
         setOption(QFileDialog::DontResolveSymlinks, true);
-        // The desktop's own dialogs choose files only.
-        setOption(QFileDialog::DontUseNativeDialog, true);
         setLabelText(QFileDialog::Accept, QCoreApplication::translate("Choosers", "Choose"));
     }
 

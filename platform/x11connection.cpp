@@ -1,5 +1,7 @@
 #include "platform/x11connection.h"
 
+#include <xcb/xfixes.h>
+
 #include <QGuiApplication>
 #include <QHash>
 #include <QScreen>
@@ -88,6 +90,50 @@ void SelectEvents(xcb_window_t window, std::uint32_t mask) {
     std::free(attributes);
     xcb_change_window_attributes(connection, window, XCB_CW_EVENT_MASK, &wanted);
     xcb_flush(connection);
+}
+
+xcb_window_t SelectionOwner(xcb_atom_t selection) {
+    xcb_connection_t *connection = Connection();
+    if (connection == nullptr || selection == XCB_ATOM_NONE)
+        return XCB_NONE;
+    xcb_get_selection_owner_reply_t *reply = xcb_get_selection_owner_reply(
+        connection, xcb_get_selection_owner(connection, selection), nullptr);
+    const xcb_window_t owner = reply != nullptr ? reply->owner : xcb_window_t(XCB_NONE);
+    std::free(reply);
+    return owner;
+}
+
+namespace {
+// The first event number of the fixes extension on Qt's connection; 0 when it is missing.
+std::uint8_t FixesFirstEvent() {
+    xcb_connection_t *connection = Connection();
+    if (connection == nullptr)
+        return 0;
+    const xcb_query_extension_reply_t *fixes = xcb_get_extension_data(connection, &xcb_xfixes_id);
+    return fixes != nullptr && fixes->present ? fixes->first_event : 0;
+}
+} // namespace
+
+void WatchSelectionOwner(xcb_atom_t selection) {
+    xcb_connection_t *connection = Connection();
+    if (connection == nullptr || selection == XCB_ATOM_NONE || FixesFirstEvent() == 0)
+        return;
+    // The version must be asked once per connection before the extension is used;
+    // asking again is harmless.
+    std::free(xcb_xfixes_query_version_reply(
+        connection, xcb_xfixes_query_version(connection, XCB_XFIXES_MAJOR_VERSION, 0), nullptr));
+    xcb_xfixes_select_selection_input(connection, RootWindow(), selection,
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    xcb_flush(connection);
+}
+
+xcb_atom_t SelectionOwnerChanged(const xcb_generic_event_t *event) {
+    const std::uint8_t first = FixesFirstEvent();
+    if (first == 0 || (event->response_type & 0x7F) != first + XCB_XFIXES_SELECTION_NOTIFY)
+        return XCB_ATOM_NONE;
+    return reinterpret_cast<const xcb_xfixes_selection_notify_event_t *>(event)->selection;
 }
 
 } // namespace platform::x11

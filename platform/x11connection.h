@@ -26,4 +26,12 @@ std::optional<std::vector<std::uint32_t>> ReadCardinals(xcb_window_t window, xcb
 // Adds `mask` to the events this connection receives from `window`, keeping the ones it had.
 void SelectEvents(xcb_window_t window, std::uint32_t mask);
 
+// The window owning a selection, or XCB_NONE.
+xcb_window_t SelectionOwner(xcb_atom_t selection);
+// Asks to be told whenever the selection's owner changes (it is taken, or its
+// owner leaves): SelectionOwnerChanged() recognises those events.
+void WatchSelectionOwner(xcb_atom_t selection);
+// The selection whose owner changed, when `event` tells of that; otherwise XCB_ATOM_NONE.
+xcb_atom_t SelectionOwnerChanged(const xcb_generic_event_t *event);
+
 } // namespace platform::x11

@@ -38,7 +38,7 @@ done
 cleanup; xvfb=""
 
 echo "== the running program"
-scripts/bench-titles.sh "$build" 30 | tee "$results/program.txt" || status=1
+scripts/bench-titles.sh "$build" 60 | tee "$results/program.txt" || status=1
 
 python3 scripts/performance-report.py "$results" >docs/PERFORMANCE.md || status=1
 echo "Figures written to docs/PERFORMANCE.md"

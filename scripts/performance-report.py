@@ -70,8 +70,8 @@ program = results / "program.txt"
 if program.exists():
     out.append("## The running program\n")
     out.append("Under Xvfb with openbox and a session bus. Targets: start-up to the title shown "
-               "within 150 ms; idle at most 0.25% of one core over 30 s with the pointer still; "
-               "at most 35 MB resident.\n")
+               "within 150 ms; idle at most 0.02% of one core over 60 s with the pointer away; "
+               "at most 30 MB resident.\n")
     for line in program.read_text().splitlines():
         out.append(f"- {line}")
     out.append("")

@@ -5,11 +5,15 @@
 #include "titles/titlewindow.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QImage>
 #include <QPainter>
 #include <QStyle>
 #include <QStyleOptionMenuItem>
+#include <QSvgRenderer>
 
+#include <cmath>
 #include <cstdint>
 
 namespace {
@@ -31,18 +35,40 @@ QString ColourIconName(OSType colour) {
     }
 }
 
-// The image at its natural size; on a high-density screen the "@2x" drawing of
-// the same image when there is one, so that it stays crisp.
+// The image at its natural size, from the first folder of the search path that
+// has it. At 2x the "@2x" drawing serves; at any other density above 1 it is
+// drawn afresh from its SVG source where the folder has one, so that it stays
+// crisp at 1.5x as at 2x.
 QImage LoadTitleImage(const QString &name, qreal deviceRatio) {
-    const QString path = QLatin1String(kTitleImageSearchPath) + u':' + name;
-    if (deviceRatio > 1.0 && name.endsWith(QLatin1String(".png"))) {
-        QImage large(path.chopped(4) + QLatin1String("@2x.png"));
-        if (!large.isNull()) {
-            large.setDevicePixelRatio(2.0);
-            return large;
+    for (const QString &folder : QDir::searchPaths(QLatin1String(kTitleImageSearchPath))) {
+        const QDir dir(folder);
+        if (!dir.exists(name))
+            continue;
+        const QString base = QFileInfo(name).completeBaseName();
+        if (deviceRatio > 1.0 && !qFuzzyCompare(deviceRatio, 2.0)) {
+            QSvgRenderer source(dir.filePath(base + QLatin1String(".svg")));
+            if (source.isValid()) {
+                QImage drawn((QSizeF(source.defaultSize()) * deviceRatio).toSize(),
+                             QImage::Format_ARGB32_Premultiplied);
+                drawn.fill(Qt::transparent);
+                QPainter painter(&drawn);
+                painter.setRenderHint(QPainter::Antialiasing);
+                source.render(&painter);
+                painter.end();
+                drawn.setDevicePixelRatio(deviceRatio);
+                return drawn;
+            }
         }
+        if (deviceRatio > 1.0) {
+            QImage large(dir.filePath(base + QLatin1String("@2x.png")));
+            if (!large.isNull()) {
+                large.setDevicePixelRatio(2.0);
+                return large;
+            }
+        }
+        return QImage(dir.filePath(name));
     }
-    return QImage(path);
+    return {};
 }
 
 // The style's own menu-bar look: the bar across the window and the menu title
@@ -55,7 +81,15 @@ void DrawMenuTitleBackground(QPainter *context, const QWidget *window, const Rec
     bar.rect = QRect(0, 0, window->width(), window->height());
     bar.menuRect = bar.rect;
     bar.state = QStyle::State_Enabled;
-    style->drawControl(QStyle::CE_MenuBarEmptyArea, &bar, context, window);
+    if (!menuBarBackground.isNull()) {
+        // The panel's own rows across the window; the style's item only when
+        // selected, since it paints its own background.
+        context->drawImage(QRectF(bar.rect), menuBarBackground);
+        if (!selected)
+            return;
+    } else {
+        style->drawControl(QStyle::CE_MenuBarEmptyArea, &bar, context, window);
+    }
 
     QStyleOptionMenuItem item = bar;
     item.menuItemType = QStyleOptionMenuItem::Normal;
@@ -123,11 +157,14 @@ void DrawCenteredPNGPicture(QPainter *context, const QString &name, const Rect *
     // lands near 2^31, out of sight, rather than at a negative offset.
     const std::uint32_t x = (std::uint32_t(area->left + area->right) - iw) >> 1;
     const std::uint32_t y = (std::uint32_t(area->top + area->bottom) - ih) >> 1;
-    const QRectF target{qreal(x), qreal(y), qreal(iw), qreal(ih)};
     // Off the edge of any window: nothing would show, and the raster engine
     // does not take coordinates this large.
     if (x > 0x7FFF || y > 0x7FFF)
         return;
+    // On a whole device pixel, so that a 1.5x screen does not blur the image.
+    const qreal ratio = image.devicePixelRatio();
+    const QRectF target{std::floor(qreal(x) * ratio) / ratio, std::floor(qreal(y) * ratio) / ratio,
+                        qreal(iw), qreal(ih)};
     context->save();
     context->setOpacity(alpha);
     context->drawImage(target, image);

@@ -4,6 +4,7 @@
 #include "core/lists.h"
 #include "foldermenus/foldercache.h"
 #include "platform/frontwindow.h"
+#include "platform/pointer.h"
 #include "platform/service.h"
 #include "platform/titlewindows.h"
 #include "resources/menus.h"
@@ -13,23 +14,87 @@
 
 #include <QDir>
 #include <QGuiApplication>
+#include <QImage>
+#include <QLoggingCategory>
 #include <QScreen>
 #include <QTimer>
+#include <QWindow>
+
+Q_DECLARE_LOGGING_CATEGORY(lcTitles)
 
 ReadyMenu *firstReadyMenu = nullptr;
 ReadyMenu *pulledReadyMenu = nullptr;
 bool system105OrLater = false;
 Rect menuBarRect;
+QImage menuBarBackground;
 
 namespace {
-// The title timer: a tick every 1/15 second.
+// The title timer: a tick every 1/15 second, while there is input to look at.
 QTimer *AppleMenuCarbonTimerRef = nullptr;
 bool FrontSwitchedCarbonEventRef = false;
+// Whether the display tells of input; otherwise the timer ticks for ever.
+bool titleInputWatched = false;
 constexpr int kTitleTimerInterval = 1000 / 15;
+
+// A tick, unless the display has been quiet since the last one: then the
+// timer stops until input wakes it.
+void TitleTimerFired() {
+    if (!titleInputWatched || platform::service<platform::Pointer>().takeInput()) {
+        AppleMenuCarbonTimer();
+    } else {
+        AppleMenuCarbonTimerRef->stop();
+        qCDebug(lcTitles, "hover timer asleep until the next input");
+    }
+}
+
+// The primary screen's changes of place, size and pixel density move the titles.
+void WatchPrimaryScreen() {
+    static QList<QMetaObject::Connection> watched;
+    for (const QMetaObject::Connection &connection : std::as_const(watched))
+        QObject::disconnect(connection);
+    watched.clear();
+    QScreen *screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr)
+        return;
+    auto moved = [] { ScreenInformationChanged(); };
+    watched.append(
+        QObject::connect(screen, &QScreen::geometryChanged, AppleMenuCarbonTimerRef, moved));
+    watched.append(QObject::connect(screen, &QScreen::logicalDotsPerInchChanged,
+                                    AppleMenuCarbonTimerRef, moved));
+    watched.append(QObject::connect(screen, &QScreen::physicalDotsPerInchChanged,
+                                    AppleMenuCarbonTimerRef, moved));
+}
+
 } // namespace
 
+void WakeReadyMenus() {
+    if (AppleMenuCarbonTimerRef == nullptr)
+        return;
+    AppleMenuCarbonTimer();
+    AppleMenuCarbonTimerRef->start();
+}
+
+bool ReadyMenusAwake() {
+    return AppleMenuCarbonTimerRef != nullptr && AppleMenuCarbonTimerRef->isActive();
+}
+
+void RefreshReadyMenusLook() {
+    platform::TitleWindows &windows = platform::service<platform::TitleWindows>();
+    const bool translucent = windows.compositingManagerRunning();
+    // Without translucency the titles take the colours of the panel they stand on.
+    QImage background = translucent
+                            ? QImage()
+                            : windows.panelBackground(QRect(menuBarRect.left, menuBarRect.top,
+                                                            menuBarRect.right - menuBarRect.left,
+                                                            menuBarRect.bottom - menuBarRect.top));
+    if (translucent == system105OrLater && background == menuBarBackground)
+        return;
+    system105OrLater = translucent;
+    menuBarBackground = std::move(background);
+    InvalidateReadyMenus();
+}
+
 OSStatus InitialiseReadyMenus() {
-    system105OrLater = platform::service<platform::TitleWindows>().compositingManagerRunning();
     // The application and folder command menus every folder menu leads to.
     LoadCommandMenus();
 
@@ -47,18 +112,32 @@ OSStatus InitialiseReadyMenus() {
     AppleMenuCarbonTimerRef = new QTimer();
     AppleMenuCarbonTimerRef->setInterval(kTitleTimerInterval);
     AppleMenuCarbonTimerRef->setTimerType(Qt::CoarseTimer);
-    QObject::connect(AppleMenuCarbonTimerRef, &QTimer::timeout, AppleMenuCarbonTimer);
-    AppleMenuCarbonTimerRef->start();
+    QObject::connect(AppleMenuCarbonTimerRef, &QTimer::timeout, TitleTimerFired);
+    // Where the display tells of input, the timer sleeps while nothing moves.
+    titleInputWatched = platform::service<platform::Pointer>().watchInput(WakeReadyMenus);
+    if (!titleInputWatched)
+        AppleMenuCarbonTimerRef->start();
     // The first tick comes at once, not after the first interval.
-    QTimer::singleShot(0, AppleMenuCarbonTimerRef, AppleMenuCarbonTimer);
+    QTimer::singleShot(0, AppleMenuCarbonTimerRef, WakeReadyMenus);
 
+    QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, AppleMenuCarbonTimerRef, [] {
+        WatchPrimaryScreen();
+        ScreenInformationChanged();
+    });
+    WatchPrimaryScreen();
+    platform::service<platform::TitleWindows>().setChangedHandler(RefreshReadyMenusLook);
     ScreenInformationChanged();
     return noErr;
 }
 
 void DestroyReadyMenus() {
+    if (AppleMenuCarbonTimerRef != nullptr) {
+        platform::service<platform::Pointer>().watchInput(nullptr);
+        platform::service<platform::TitleWindows>().setChangedHandler(nullptr);
+    }
     delete AppleMenuCarbonTimerRef;
     AppleMenuCarbonTimerRef = nullptr;
+    titleInputWatched = false;
     if (FrontSwitchedCarbonEventRef)
         platform::service<platform::FrontWindow>().setFrontSwitchedHandler(nullptr);
     FrontSwitchedCarbonEventRef = false;
@@ -87,7 +166,7 @@ ReadyMenu *AddReadyMenu(OSErr *err, MenuSpec *spec) {
     title->menuSpec = spec;
     title->hoverHidden = false;
 
-    auto *window = new TitleWindow(system105OrLater);
+    auto *window = new TitleWindow();
     title->window = window;
     // Gives the window its place on the display before it is kept above the rest.
     window->winId();
@@ -100,6 +179,8 @@ ReadyMenu *AddReadyMenu(OSErr *err, MenuSpec *spec) {
     RepositionReadyMenus();
     window->show();
     DrawReadyMenu(title);
+    // The hover rule applies to the new title at once, not at the next input.
+    WakeReadyMenus();
     return title;
 }
 
@@ -141,8 +222,13 @@ void RepositionReadyMenus() {
             rightCursor = std::int16_t(rightCursor - kRightTitleWidth);
             bounds.left = rightCursor;
         }
-        title->window->setGeometry(bounds.left, bounds.top, bounds.right - bounds.left,
-                                   bounds.bottom - bounds.top);
+        const QRect place(bounds.left, bounds.top, bounds.right - bounds.left,
+                          bounds.bottom - bounds.top);
+        title->window->setGeometry(place);
+        // After a change of pixel density the widget keeps its place in logical
+        // pixels while the window on the display keeps its old size: set that too.
+        if (QWindow *native = title->window->windowHandle())
+            native->setGeometry(place);
 
         title->titleRect = Rect{0, 0, std::int16_t(bounds.bottom - bounds.top),
                                 std::int16_t(bounds.right - bounds.left)};
@@ -153,6 +239,11 @@ void RepositionReadyMenus() {
 
 void ScreenInformationChanged() {
     RepositionReadyMenus();
+    qCDebug(lcTitles, "top bar at %d,%d, %d wide", menuBarRect.left, menuBarRect.top,
+            menuBarRect.right - menuBarRect.left);
+    RefreshReadyMenusLook();
+    // The pointer may now be over a title, or no longer.
+    WakeReadyMenus();
 }
 
 ReadyMenu *FindReadyMenu(const QWidget *window) {

@@ -4,6 +4,7 @@
 #include "core/settings.h"
 #include "core/types.h"
 
+class QImage;
 class QMenu;
 class QWidget;
 class QFileSystemWatcher;
@@ -26,6 +27,9 @@ extern ReadyMenu *pulledReadyMenu; // the title whose menu is open, or null
 extern bool system105OrLater;
 // The top bar of the primary screen as last placed: its top 22 pixels.
 extern Rect menuBarRect;
+// Without a compositor: what the panel under the top bar shows, a pixel wide
+// and a row per device pixel; null where no panel is (the style's bar is drawn).
+extern QImage menuBarBackground;
 
 // The fixed measures of the top bar and its titles.
 inline constexpr int kMenuBarHeight = 22;
@@ -45,7 +49,17 @@ ReadyMenu *AddReadyMenu(OSErr *err, MenuSpec *spec);
 void RemoveReadyMenu(ReadyMenu *title);
 // Places every title in the top bar of the primary screen.
 void RepositionReadyMenus();
+// Re-places the titles after the primary screen changed.
 void ScreenInformationChanged();
+// Takes the look from the display again: translucent with a compositor,
+// otherwise opaque in the colours of the panel beneath; redraws every title.
+void RefreshReadyMenusLook();
+// Applies the hover rule now and keeps the timer ticking while input goes on:
+// called on input, and whenever titles or their surroundings change.
+void WakeReadyMenus();
+// Whether the title timer ticks: always where the display cannot tell of
+// input, otherwise only until the display has been quiet for one tick.
+bool ReadyMenusAwake();
 
 // The first title whose window is `window`, or null.
 ReadyMenu *FindReadyMenu(const QWidget *window);

@@ -138,6 +138,8 @@ void SelectReadyMenu(ReadyMenu *title, bool suppressOpen) {
 
     pulledReadyMenu = nullptr;
     DrawReadyMenu(title);
+    // The hover rule looks at the pointer again now that the menu is closed.
+    WakeReadyMenus();
 }
 
 OSStatus FrontSwitchedCarbonEvent() {

@@ -6,7 +6,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 
-TitleWindow::TitleWindow(bool translucent)
+TitleWindow::TitleWindow()
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint |
                            Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus |
                            Qt::NoDropShadowWindowHint) {
@@ -14,9 +14,11 @@ TitleWindow::TitleWindow(bool translucent)
     setAttribute(Qt::WA_X11DoNotAcceptFocus);
     setAttribute(Qt::WA_DeleteOnClose, false);
     setFocusPolicy(Qt::NoFocus);
-    // The panel shows through a title only where translucency works.
-    setAttribute(Qt::WA_TranslucentBackground, translucent);
-    setAttribute(Qt::WA_NoSystemBackground, translucent);
+    // Always with an alpha channel, so that a compositor starting or stopping
+    // changes only how the title is painted: the panel shows through where
+    // translucency works, and an opaque look covers the window where it does not.
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_NoSystemBackground);
     // Named apart from the program's dialogs, which carry the program's name.
     setWindowTitle(QStringLiteral("Kestrel Menu title"));
     // Files dropped on a title become links in its folder.

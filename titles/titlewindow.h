@@ -8,7 +8,7 @@
 
 class TitleWindow final : public QWidget {
 public:
-    explicit TitleWindow(bool translucent);
+    TitleWindow();
     // True inside the window's paint event, where drawing goes straight to the window.
     bool painting() const { return painting_; }
     // The part of the window that shows the drop highlight; empty for none.

@@ -2,6 +2,7 @@
 
 #include "platform/frontwindow.h"
 #include "platform/service.h"
+#include "titles/readymenu.h"
 #include "titles/titleevents.h"
 
 std::int32_t userInteractionHideLevel = 0;
@@ -19,4 +20,6 @@ void EndUserInteraction(const ProcessSerialNumber *previousFront) {
         platform::service<platform::FrontWindow>().setFrontProcess(*previousFront);
     --userInteractionHideLevel;
     RevisibleReadyMenus();
+    // Settings may have changed the hover rule: it applies at once.
+    WakeReadyMenus();
 }

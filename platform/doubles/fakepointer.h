@@ -1,4 +1,4 @@
-// A pointer that stays where the test puts it.
+// A pointer that stays where the test puts it; input arrives when the test says.
 #pragma once
 
 #include "platform/pointer.h"
@@ -11,8 +11,17 @@ public:
         ++queries;
         return state;
     }
+    bool watchInput(std::function<void()> callback) override {
+        arrived = std::move(callback);
+        return watchable;
+    }
+    bool takeInput() override { return std::exchange(inputPending, false); }
+
     PointerState state;
     int queries = 0;
+    bool watchable = false; // whether the display can tell of input
+    bool inputPending = false;
+    std::function<void()> arrived;
 };
 
 } // namespace platform

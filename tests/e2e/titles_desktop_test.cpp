@@ -1,41 +1,41 @@
-// The titles of the real program on a private desktop (Xvfb, openbox): where
-// the title window stands, that panels do not cover it, that a click leaves
-// the focus where it was, and that fullscreen windows and the hover key make
-// it step aside.
+// The titles of the real program on a private desktop (Xvfb, openbox, a
+// session bus that offers a file manager, as desktops do): at the corner above
+// panels and in their colours, the focus left alone, stepping aside for a
+// fullscreen window and for the hover key with the pointer coming from far
+// away, following the screen as xrandr and the pixel density change it, the
+// look a real XSETTINGS manager and a settings portal on the bus publish, and
+// the preferences answering Alt+O.
 #include "tests/support/desktopsession.h"
 #include "tests/support/tempenvironment.h"
 
+#include <xcb/randr.h>
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
 #include <QFile>
 #include <QImage>
-#include <QRegularExpression>
 #include <QStandardPaths>
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
 
 namespace {
 
-struct WindowInfo {
-    QRect geometry;
-    bool viewable = false;
-    bool overrideRedirect = false;
-};
+constexpr QRgb kDock = qRgb(255, 0, 255);
 
 class TitlesDesktopTest : public ::testing::Test {
 protected:
-    explicit TitlesDesktopTest(DesktopSession::Options options = {})
-        : session(WithFileManager(options)) {}
-
-    // The desktop offers a file manager on its bus, as desktops do, so that
-    // the program has one to bring forward when it starts. Nothing here asks
-    // the bus to start it.
-    static DesktopSession::Options WithFileManager(DesktopSession::Options options) {
-        options.activatableNames = {QStringLiteral("org.freedesktop.FileManager1")};
-        return options;
-    }
-
     void SetUp() override {
         if (!session.failure().isEmpty())
             GTEST_SKIP() << session.failure().toStdString();
+        for (const char *tool : {"import", "xsettingsd", "xrandr"})
+            if (QStandardPaths::findExecutable(QLatin1String(tool)).isEmpty())
+                GTEST_SKIP() << tool << " is not installed";
     }
 
     QProcessEnvironment environment() const {
@@ -43,189 +43,228 @@ protected:
         environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("kestrel.*=true"));
         return environment;
     }
-
-    // Starts the program and waits for its title to show.
+    // Starts the program and waits until its title shows and it runs.
     void startProgram() {
         program = session.start(QStringLiteral(KESTREL_PROGRAM), {}, environment());
         ASSERT_TRUE(WaitFor([&] {
-            title = xdotool({QStringLiteral("search"), QStringLiteral("--name"),
-                             QStringLiteral("^Kestrel Menu title$")})
-                        .trimmed();
-            return !title.isEmpty() && info(title).viewable;
-        })) << program->readAllStandardError().constData();
+            title = xdo(QStringLiteral("search --name ^Kestrel.Menu.title$")).trimmed();
+            return !title.isEmpty() && viewable(title) && log().contains("running");
+        })) << log().constData();
     }
-
-    // Starts a test window ("dock" or "normal") and returns its id once it is mapped.
+    const QByteArray &log() {
+        log_ += program->readAllStandardError();
+        return log_;
+    }
+    bool logged(const char *line) {
+        return WaitFor([&] { return log().contains(line); });
+    }
+    // A test window (see titles_window.cpp); its id once it is mapped.
     QByteArray startWindow(const char *kind, QProcess **process = nullptr) {
         QProcess *window = session.start(QStringLiteral(KESTREL_TITLES_WINDOW),
-                                         {QString::fromLatin1(kind)}, environment());
+                                         {QLatin1String(kind)}, environment());
         EXPECT_TRUE(WaitFor([&] { return window->canReadLine(); }));
         const QByteArray id = window->readLine().trimmed();
-        EXPECT_TRUE(WaitFor([&] { return info(id).viewable; })) << kind;
+        EXPECT_TRUE(WaitFor([&] { return viewable(id); }));
         if (process != nullptr)
             *process = window;
         return id;
     }
-
-    QByteArray xdotool(const QStringList &arguments) const {
-        return session.run(QStringLiteral("xdotool"), arguments);
+    // xsettingsd publishing `settings`: started, or told to read them again.
+    QProcess *publish(const QByteArray &settings, QProcess *manager = nullptr) {
+        const QByteArray file = env.root() + "/xsettingsd.conf";
+        WriteFile(file, settings);
+        if (manager == nullptr)
+            return session.start(QStringLiteral("xsettingsd"),
+                                 {QStringLiteral("-c"), QFile::decodeName(file)}, environment());
+        ::kill(pid_t(manager->processId()), SIGHUP);
+        return manager;
     }
 
-    WindowInfo info(const QByteArray &id) const {
-        const QString text = QString::fromUtf8(session.run(
-            QStringLiteral("xwininfo"), {QStringLiteral("-id"), QString::fromLatin1(id)}));
-        auto number = [&](const char *label) {
-            const QRegularExpression pattern(QLatin1String(label) +
-                                             QStringLiteral(":\\s+(-?\\d+)"));
-            return pattern.match(text).captured(1).toInt();
-        };
-        WindowInfo result;
-        result.geometry = QRect(number("Absolute upper-left X"), number("Absolute upper-left Y"),
-                                number("Width"), number("Height"));
-        result.viewable = text.contains(QLatin1String("Map State: IsViewable"));
-        result.overrideRedirect = text.contains(QLatin1String("Override Redirect State: yes"));
-        return result;
+    // xdotool with its arguments as one line ("mousemove 20 10 click 1").
+    QByteArray xdo(const QString &arguments) const {
+        return session.run(QStringLiteral("xdotool"), arguments.split(u' '));
     }
-
-    qulonglong activeWindow() const {
-        return xdotool({QStringLiteral("getactivewindow")}).trimmed().toULongLong();
+    // Moves the pointer as a mouse does, so that the display reports it as
+    // input; xdotool's "mousemove" warps it, which is not input.
+    void moveTo(int x, int y) const {
+        xdo(QStringLiteral("mousemove %1 %2 mousemove_relative -- -1 0").arg(x + 1).arg(y));
     }
-
-    // The screen as shown, from the X server itself.
-    QImage screen() const {
-        return QImage::fromData(session.run(QStringLiteral("import"),
-                                            {QStringLiteral("-window"), QStringLiteral("root"),
-                                             QStringLiteral("png:-")}))
-            .convertToFormat(QImage::Format_RGB32);
+    bool viewable(const QByteArray &id) const {
+        return session
+            .run(QStringLiteral("xwininfo"), {QStringLiteral("-id"), QString::fromLatin1(id)})
+            .contains("IsViewable");
     }
-
-    // Whether the dock's magenta shows anywhere in the title's place.
-    bool dockShowsThrough() const {
-        const QImage shot = screen();
-        EXPECT_FALSE(shot.isNull());
-        for (int y = 0; y < 22; ++y)
-            for (int x = 0; x < 45; ++x)
-                if (shot.pixel(x, y) == qRgb(255, 0, 255))
-                    return true;
-        return false;
+    QRect geometry(const QByteArray &id) const {
+        QList<int> shell; // WINDOW, X, Y, WIDTH, HEIGHT, SCREEN
+        for (const QByteArray &line :
+             xdo(QStringLiteral("getwindowgeometry --shell ") + QLatin1String(id)).split('\n'))
+            shell.append(line.mid(line.indexOf('=') + 1).toInt());
+        return {shell.value(1), shell.value(2), shell.value(3), shell.value(4)};
     }
-
-    static void Send(QProcess *process, const char *command) {
-        process->write(QByteArray(command) + '\n');
-        process->waitForBytesWritten(1000);
+    // Whether the title shows over the dock: its image, on the dock's own colour.
+    bool titleOverDock() const {
+        const QImage shot = QImage::fromData(
+            session.run(QStringLiteral("import"),
+                        QStringLiteral("-window root -crop 45x22+0+0 png:-").split(u' ')));
+        return shot.pixel(2, 2) == kDock && shot.pixel(27, 11) != kDock;
     }
 
     TempEnvironment env;
-    DesktopSession session;
+    DesktopSession session{[] {
+        DesktopSession::Options options; // a file manager offered, never started
+        options.activatableNames = {QStringLiteral("org.freedesktop.FileManager1")};
+        return options;
+    }()};
     QProcess *program = nullptr;
     QByteArray title;
+    QByteArray log_;
 };
 
-TEST_F(TitlesDesktopTest, TitleStandsAtTheCornerAbovePanelsOnEveryWorkspace) {
-    if (QStandardPaths::findExecutable(QStringLiteral("import")).isEmpty())
-        GTEST_SKIP() << "ImageMagick's import is not installed";
+TEST_F(TitlesDesktopTest, TheTitleStandsAtTheCornerAbovePanelsInTheirColours) {
     startWindow("dock");
-    ASSERT_TRUE(dockShowsThrough()) << "the dock should fill the top of the screen";
     startProgram();
-    const WindowInfo placed = info(title);
-    EXPECT_EQ(placed.geometry, QRect(0, 0, 45, 22));
-    EXPECT_TRUE(placed.overrideRedirect);
-    EXPECT_TRUE(WaitFor([&] { return !dockShowsThrough(); }, 3000));
-
-    // A panel that comes later, or that is raised, is put back under the title.
-    const QByteArray later = startWindow("dock");
-    EXPECT_TRUE(WaitFor([&] { return !dockShowsThrough(); }, 3000));
-    xdotool({QStringLiteral("windowraise"), QString::fromLatin1(later)});
-    WaitFor([] { return false; }, 300);
-    EXPECT_TRUE(WaitFor([&] { return !dockShowsThrough(); }, 3000));
-
-    // Another workspace: the title is still there.
-    const int desktops = xdotool({QStringLiteral("get_num_desktops")}).trimmed().toInt();
-    ASSERT_GT(desktops, 1);
-    xdotool({QStringLiteral("set_desktop"), QStringLiteral("1")});
-    ASSERT_TRUE(WaitFor([&] { return xdotool({QStringLiteral("get_desktop")}).trimmed() == "1"; }));
-    EXPECT_TRUE(info(title).viewable);
-    EXPECT_EQ(info(title).geometry, QRect(0, 0, 45, 22));
-    EXPECT_TRUE(WaitFor([&] { return !dockShowsThrough(); }, 3000));
+    EXPECT_EQ(geometry(title), QRect(0, 0, 45, 22));
+    EXPECT_TRUE(WaitFor([&] { return titleOverDock(); }));
+    // A panel raised later is put back under the title.
+    xdo(QStringLiteral("windowraise ") + QString::fromLatin1(startWindow("dock")));
+    EXPECT_TRUE(WaitFor([&] { return titleOverDock(); }));
 }
 
-TEST_F(TitlesDesktopTest, ClickingTheTitleLeavesTheFocusWhereItWas) {
-    const QByteArray window = startWindow("normal");
-    startProgram();
-    xdotool({QStringLiteral("windowactivate"), QString::fromLatin1(window)});
-    ASSERT_TRUE(WaitFor([&] { return activeWindow() == window.toULongLong(); }));
-    QByteArray log;
-    xdotool({QStringLiteral("mousemove"), QStringLiteral("20"), QStringLiteral("10"),
-             QStringLiteral("click"), QStringLiteral("1")});
-    EXPECT_TRUE(WaitFor([&] {
-        log += program->readAllStandardError();
-        return log.contains("title at 0,0 selected");
-    })) << log.constData();
-    // Give a focus change the time it would take, then look again.
-    WaitFor([] { return false; }, 500);
-    EXPECT_EQ(activeWindow(), window.toULongLong());
-    EXPECT_TRUE(info(title).viewable);
-}
-
-TEST_F(TitlesDesktopTest, FullscreenWindowInFrontHidesTheTitleUntilItLeaves) {
+TEST_F(TitlesDesktopTest, AClickLeavesTheFocusAndAFullscreenWindowHidesTheTitle) {
     QProcess *process = nullptr;
-    const QByteArray fullscreen = startWindow("normal", &process);
+    const QByteArray window = startWindow("normal", &process);
     startProgram();
-
-    Send(process, "fullscreen");
-    EXPECT_TRUE(WaitFor([&] { return !info(title).viewable; }, 5000));
-    Send(process, "normal");
-    EXPECT_TRUE(WaitFor([&] { return info(title).viewable; }, 5000));
-
-    // Switching from the fullscreen window to another shows the title again.
-    Send(process, "fullscreen");
-    ASSERT_TRUE(WaitFor([&] { return !info(title).viewable; }, 5000));
-    const QByteArray other = startWindow("normal");
-    ASSERT_TRUE(WaitFor([&] { return activeWindow() == other.toULongLong(); }));
-    EXPECT_TRUE(WaitFor([&] { return info(title).viewable; }, 5000));
-    xdotool({QStringLiteral("windowactivate"), QString::fromLatin1(fullscreen)});
-    EXPECT_TRUE(WaitFor([&] { return !info(title).viewable; }, 5000));
+    xdo(QStringLiteral("windowactivate --sync ") + QString::fromLatin1(window));
+    xdo(QStringLiteral("mousemove 20 10 click 1"));
+    EXPECT_TRUE(logged("title at 0,0 selected"));
+    xdo(QStringLiteral("key Escape"));
+    process->write("fullscreen\n");
+    EXPECT_TRUE(WaitFor([&] { return !viewable(title); }));
+    EXPECT_EQ(xdo(QStringLiteral("getactivewindow")).trimmed(), window)
+        << "the click took the focus";
 }
 
-TEST_F(TitlesDesktopTest, HoverKeyHidesTheTitleWhileHeldOverIt) {
+TEST_F(TitlesDesktopTest, TheHoverKeyHidesTheTitleWithThePointerComingFromFarAway) {
     // The default rule: hidden while the pointer is over the title with Super held.
+    moveTo(900, 700);
     startProgram();
-    xdotool({QStringLiteral("mousemove"), QStringLiteral("20"), QStringLiteral("10")});
-    xdotool({QStringLiteral("keydown"), QStringLiteral("super")});
-    EXPECT_TRUE(WaitFor([&] { return !info(title).viewable; }, 3000));
-    xdotool({QStringLiteral("keyup"), QStringLiteral("super")});
-    EXPECT_TRUE(WaitFor([&] { return info(title).viewable; }, 3000));
-
-    xdotool({QStringLiteral("mousemove"), QStringLiteral("300"), QStringLiteral("300")});
-    xdotool({QStringLiteral("keydown"), QStringLiteral("super")});
-    WaitFor([] { return false; }, 300);
-    EXPECT_TRUE(info(title).viewable);
-    xdotool({QStringLiteral("keyup"), QStringLiteral("super")});
+    ASSERT_TRUE(logged("hover timer asleep")) << log().constData();
+    // The key held while the pointer comes, the key alone, the pointer leaving.
+    xdo(QStringLiteral("keydown super"));
+    moveTo(300, 300);
+    moveTo(20, 10);
+    EXPECT_TRUE(WaitFor([&] { return !viewable(title); }));
+    xdo(QStringLiteral("keyup super"));
+    EXPECT_TRUE(WaitFor([&] { return viewable(title); }));
+    xdo(QStringLiteral("keydown super"));
+    EXPECT_TRUE(WaitFor([&] { return !viewable(title); }));
+    moveTo(600, 400);
+    EXPECT_TRUE(WaitFor([&] { return viewable(title); }));
+    xdo(QStringLiteral("keyup super"));
 }
 
-// Without a window manager nothing keeps a new window below the title: the
-// title must raise itself again whenever a window is mapped or raised.
-class TitlesBareDisplayTest : public TitlesDesktopTest {
-protected:
-    TitlesBareDisplayTest() : TitlesDesktopTest(WithoutWindowManager()) {}
+TEST_F(TitlesDesktopTest, TheTitleFollowsThePrimaryScreenWhenItsSizeOrDensityChanges) {
+    QProcess *settings = publish("Xft/DPI 98304\n"); // 96 dots per inch
+    startProgram();
+    // Xvfb knows one mode: a smaller one is made here and added to its output,
+    // and this connection stays open so that xrandr finds it. (Xvfb keeps the
+    // screen's corner at 0,0 whatever xrandr asks.)
+    xcb_connection_t *x = xcb_connect(session.display().toLatin1().constData(), nullptr);
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(x)).data->root;
+    auto *resources =
+        xcb_randr_get_screen_resources_reply(x, xcb_randr_get_screen_resources(x, root), nullptr);
+    ASSERT_NE(resources, nullptr);
+    xcb_randr_mode_info_t mode{};
+    mode.width = mode.htotal = 1024;
+    mode.height = mode.vtotal = 600;
+    mode.name_len = std::strlen("kestrel-test");
+    auto *made = xcb_randr_create_mode_reply(
+        x, xcb_randr_create_mode(x, root, mode, mode.name_len, "kestrel-test"), nullptr);
+    ASSERT_NE(made, nullptr);
+    xcb_randr_add_output_mode(x, xcb_randr_get_screen_resources_outputs(resources)[0], made->mode);
+    xcb_flush(x);
+    std::free(made);
+    std::free(resources);
 
-    static DesktopSession::Options WithoutWindowManager() {
-        DesktopSession::Options options;
-        options.windowManager = false;
-        return options;
+    session.run(QStringLiteral("xrandr"),
+                QStringLiteral("--output screen --mode kestrel-test").split(u' '));
+    EXPECT_TRUE(logged("top bar at 0,0, 1024 wide")) << log().constData();
+    // Twice the density: the same place and measures, twice the device pixels.
+    publish("Xft/DPI 196608\n", settings);
+    EXPECT_TRUE(WaitFor([&] { return geometry(title) == QRect(0, 0, 90, 44); }))
+        << log().constData();
+    EXPECT_TRUE(logged("top bar at 0,0, 512 wide"));
+    session.run(QStringLiteral("xrandr"),
+                QStringLiteral("--output screen --mode 1280x800").split(u' '));
+    EXPECT_TRUE(logged("top bar at 0,0, 640 wide"));
+    xcb_disconnect(x);
+}
+
+// org.freedesktop.portal.Settings, answered on the test's own connection to the bus.
+class FakeSettingsPortal final : public QDBusVirtualObject {
+public:
+    QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override {
+        const QMap<QString, QVariantMap> light{
+            {QStringLiteral("org.freedesktop.appearance"), {{QStringLiteral("color-scheme"), 2u}}}};
+        return message.member() == QLatin1String("ReadAll") &&
+               bus.send(message.createReply(QVariant::fromValue(light)));
     }
 };
 
-TEST_F(TitlesBareDisplayTest, TitleRaisesItselfAboveWindowsMappedOrRaisedLater) {
-    if (QStandardPaths::findExecutable(QStringLiteral("import")).isEmpty())
-        GTEST_SKIP() << "ImageMagick's import is not installed";
+TEST_F(TitlesDesktopTest, TheLookFollowsTheToolkitSettingsAndThePortalBeforeThem) {
+    // GTK's settings.ini until a settings manager takes the display, then the manager's.
+    WriteFile(env.configHome() + "/gtk-3.0/settings.ini",
+              "[Settings]\ngtk-icon-theme-name=breeze\ngtk-application-prefer-dark-theme=1\n");
     startProgram();
-    const QByteArray dock = startWindow("dock");
-    EXPECT_TRUE(WaitFor([&] { return !dockShowsThrough(); }, 3000));
-    xdotool({QStringLiteral("windowraise"), QString::fromLatin1(dock)});
-    WaitFor([] { return false; }, 300);
-    EXPECT_TRUE(WaitFor([&] { return !dockShowsThrough(); }, 3000));
-    EXPECT_EQ(info(title).geometry, QRect(0, 0, 45, 22));
+    EXPECT_TRUE(logged("icon theme \"breeze-dark\", colour scheme dark")) << log().constData();
+    QProcess *settings = publish("Net/IconThemeName \"Adwaita\"\nNet/ThemeName \"Adwaita\"\n");
+    EXPECT_TRUE(logged("icon theme \"Adwaita\", colour scheme as")) << log().constData();
+    DesktopSession::stop(program);
+
+    // A portal on the bus has the first word, and its changes are followed.
+    qDBusRegisterMetaType<QMap<QString, QVariantMap>>();
+    QDBusConnection bus =
+        QDBusConnection::connectToBus(session.busAddress(), QStringLiteral("portal"));
+    FakeSettingsPortal portal;
+    const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
+    ASSERT_TRUE(bus.registerVirtualObject(path, &portal));
+    ASSERT_TRUE(bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
+    publish("Net/ThemeName \"Adwaita-dark\"\n", settings);
+    log_.clear();
+    startProgram();
+    EXPECT_TRUE(logged("colour scheme light")) << log().constData();
+    const qsizetype seen = log().size();
+    QDBusMessage changed = QDBusMessage::createSignal(
+        path, QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("SettingChanged"));
+    changed << QStringLiteral("org.freedesktop.appearance") << QStringLiteral("color-scheme")
+            << QVariant::fromValue(QDBusVariant(1u));
+    bus.send(changed);
+    EXPECT_TRUE(WaitFor([&] { return log().indexOf("colour scheme dark", seen) > 0; }))
+        << log().constData();
+    bus.unregisterObject(path);
+    QDBusConnection::disconnectFromBus(QStringLiteral("portal"));
+}
+
+TEST_F(TitlesDesktopTest, AltOInThePreferencesTogglesOpenAtLogin) {
+    startProgram();
+    const QString entry = QFile::decodeName(env.configHome() + "/autostart/kestrel-menu.desktop");
+    ASSERT_TRUE(WaitFor([&] { return QFile::exists(entry); })) << "on by default";
+    // The program's commands are the menu's last submenu; Preferences is their second item.
+    xdo(QStringLiteral("mousemove 20 10 click 1"));
+    logged("title at 0,0 selected");
+    xdo(QStringLiteral("key --delay 150 Up Right Down Return"));
+    QByteArray dialog;
+    ASSERT_TRUE(WaitFor([&] {
+        dialog =
+            xdo(QStringLiteral("search --onlyvisible --name ^Kestrel.Menu.Preferences$")).trimmed();
+        return !dialog.isEmpty();
+    })) << log().constData();
+    xdo(QStringLiteral("windowactivate --sync ") + QString::fromLatin1(dialog));
+    xdo(QStringLiteral("key alt+o"));
+    EXPECT_TRUE(WaitFor([&] { return !QFile::exists(entry); }));
+    xdo(QStringLiteral("key alt+o"));
+    EXPECT_TRUE(WaitFor([&] { return QFile::exists(entry); }));
 }
 
 } // namespace

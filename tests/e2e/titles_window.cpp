@@ -1,31 +1,59 @@
-// A window for the title tests: "dock" is a panel across the top of the
-// screen, "normal" an ordinary window. Prints its window id once shown, then
-// obeys lines on standard input: "fullscreen", "normal", "activate", "quit".
+// A window for the title tests, printing its id once shown: "dock", a magenta
+// panel; "normal", obeying "fullscreen" on standard input; "drag URI..." (or
+// "files"), dragging those addresses as a file manager does (copy, move or
+// link; a move proposed), printing "dropped link" or "dropped other".
 #include <QApplication>
+#include <QDrag>
+#include <QMimeData>
+#include <QProcess>
 #include <QScreen>
 #include <QSocketNotifier>
-#include <QTextStream>
 #include <QWidget>
 
 #include <cstdio>
 #include <unistd.h>
 
+namespace {
+
+class Window final : public QWidget {
+public:
+    QByteArray uris;
+
+protected:
+    void mouseMoveEvent(QMouseEvent *) override {
+        if (uris.isEmpty())
+            return;
+        auto *drag = new QDrag(this);
+        drag->setMimeData(new QMimeData);
+        drag->mimeData()->setData(QStringLiteral("text/uri-list"), std::exchange(uris, {}));
+        const Qt::DropAction done =
+            drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, Qt::MoveAction);
+        std::printf("dropped %s\n", done == Qt::LinkAction ? "link" : "other");
+        std::fflush(stdout);
+    }
+};
+
+} // namespace
+
 int main(int argc, char *argv[]) {
     QApplication application(argc, argv);
-    const bool dock = argc > 1 && qstrcmp(argv[1], "dock") == 0;
-
-    QWidget window;
-    window.setWindowTitle(dock ? QStringLiteral("test dock") : QStringLiteral("test window"));
-    QPalette palette = window.palette();
-    palette.setColor(QPalette::Window, dock ? QColor(255, 0, 255) : QColor(0, 255, 255));
-    window.setPalette(palette);
+    const QByteArray kind = argc > 1 ? argv[1] : "normal";
+    Window window;
+    for (int i = 2; i < argc; ++i)
+        window.uris += QByteArray(argv[i]) + "\r\n";
+    window.setPalette(QPalette(kind == "dock" ? QColor(255, 0, 255) : QColor(0, 255, 255)));
     window.setAutoFillBackground(true);
-    if (dock) {
-        window.setAttribute(Qt::WA_X11NetWmWindowTypeDock);
+    window.setGeometry(400, 300, 200, 120);
+    if (kind == "dock") {
         window.setWindowFlag(Qt::FramelessWindowHint);
         window.setGeometry(0, 0, QGuiApplication::primaryScreen()->geometry().width(), 30);
-    } else {
-        window.setGeometry(200, 200, 300, 200);
+        // A dock for the window manager, said before the window is mapped.
+        QProcess::execute(
+            QStringLiteral("xprop"),
+            QStringLiteral("-id %1 -f _NET_WM_WINDOW_TYPE 32a -set _NET_WM_WINDOW_TYPE "
+                           "_NET_WM_WINDOW_TYPE_DOCK")
+                .arg(window.winId())
+                .split(u' '));
     }
     window.show();
     std::printf("%llu\n", static_cast<unsigned long long>(window.winId()));
@@ -34,16 +62,10 @@ int main(int argc, char *argv[]) {
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(&input, &QSocketNotifier::activated, [&] {
         char line[64] = {};
-        const ssize_t got = ::read(STDIN_FILENO, line, sizeof line - 1);
-        const QByteArray command = QByteArray(line, got > 0 ? int(got) : 0).trimmed();
-        if (got <= 0 || command == "quit")
-            QApplication::quit();
-        else if (command == "fullscreen")
+        if (::read(STDIN_FILENO, line, sizeof line - 1) <= 0)
+            input.setEnabled(false);
+        else if (QByteArray(line).startsWith("fullscreen"))
             window.showFullScreen();
-        else if (command == "normal")
-            window.showNormal();
-        else if (command == "activate")
-            window.activateWindow();
     });
     return QApplication::exec();
 }
