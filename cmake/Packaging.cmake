@@ -2,9 +2,9 @@
 # `make package` gives kestrel-menu_<version>_<arch>.deb and, beside it, the
 # debug symbols in kestrel-menu-dbgsym_<version>_<arch>.ddeb.
 
-# Where the project lives; the metainfo's links and screenshots point there.
-set(KESTREL_HOMEPAGE "https://c-seed-2ba2a4df.example/kestrel-menu"
-    CACHE STRING "The project's public address")
+# Where the project lives (the project's HOMEPAGE_URL, which the About box
+# also shows); the metainfo's links and screenshots point there.
+set(KESTREL_HOMEPAGE "${PROJECT_HOMEPAGE_URL}")
 set(KESTREL_MAINTAINER
     "Kestrel Menu maintainers <maintainers@users.noreply.c-seed-2ba2a4df.example>")
 
