@@ -1,6 +1,7 @@
 #include "app/platformservices.h"
 
 #include "platform/dbusfilemanager.h"
+#include "platform/folderreader.h"
 #include "platform/giolauncher.h"
 #include "platform/messageboxalerts.h"
 #include "platform/mountinfo.h"
@@ -21,6 +22,7 @@ struct PlatformServices::Implementations {
     platform::DBusFileManager fileManager;
     platform::GioLauncher launcher;
     platform::ProcFsProcesses processes;
+    platform::FileSystemFolderReader folderReader;
 };
 
 PlatformServices::PlatformServices() : implementations_(std::make_unique<Implementations>()) {
@@ -33,6 +35,7 @@ PlatformServices::PlatformServices() : implementations_(std::make_unique<Impleme
     platform::install<platform::FileManager>(&implementations_->fileManager);
     platform::install<platform::Launcher>(&implementations_->launcher);
     platform::install<platform::Processes>(&implementations_->processes);
+    platform::install<platform::FolderReader>(&implementations_->folderReader);
 }
 
 PlatformServices::~PlatformServices() {
@@ -45,4 +48,5 @@ PlatformServices::~PlatformServices() {
     platform::install<platform::FileManager>(nullptr);
     platform::install<platform::Launcher>(nullptr);
     platform::install<platform::Processes>(nullptr);
+    platform::install<platform::FolderReader>(nullptr);
 }

@@ -16,28 +16,6 @@
 
 namespace {
 
-// The folders that hold application entries, most important first:
-// $XDG_DATA_HOME, then each of $XDG_DATA_DIRS.
-QList<QByteArray> ApplicationFolders() {
-    QList<QByteArray> folders;
-    QByteArray dataHome = qgetenv("XDG_DATA_HOME");
-    if (!dataHome.startsWith('/')) {
-        QByteArray home;
-        if (FindHomeFolder(&home) == noErr)
-            dataHome = JoinPath(home, ".local/share");
-    }
-    if (dataHome.startsWith('/'))
-        folders.append(JoinPath(dataHome, "applications"));
-    QByteArray dataDirs = qgetenv("XDG_DATA_DIRS");
-    if (dataDirs.isEmpty())
-        dataDirs = "/usr/local/share/:/usr/share/";
-    for (const QByteArray &dir : dataDirs.split(':')) {
-        if (dir.startsWith('/'))
-            folders.append(JoinPath(dir, "applications"));
-    }
-    return folders;
-}
-
 // A program named by an Exec line: a path as it stands, a bare name on PATH.
 bool ProgramExists(const QByteArray &program) {
     if (program.contains('/'))

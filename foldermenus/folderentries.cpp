@@ -3,7 +3,8 @@
 #include "core/desktopentry.h"
 #include "core/errors.h"
 #include "core/folders.h"
-#include "core/lists.h"
+#include "core/safefile.h"
+#include "foldermenus/specialfolders.h"
 
 #include <QFile>
 #include <QHash>
@@ -17,6 +18,7 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,6 +27,8 @@ Q_LOGGING_CATEGORY(lcFolderEntries, "kestrel.foldermenus")
 namespace {
 
 constexpr std::uint16_t kInvisible = 0x4000;
+// How many entries pass between two looks at a stop request.
+constexpr std::size_t kStopCheckInterval = 512;
 
 struct RawEntry {
     QByteArray name;
@@ -51,6 +55,10 @@ bool IsDotOrDotDot(const char *name) {
     return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0));
 }
 
+bool Stopped(const std::stop_token &stop, std::size_t done) {
+    return done % kStopCheckInterval == 0 && stop.stop_requested();
+}
+
 unsigned char TypeOf(int directory, const RawEntry &entry) {
     if (entry.type != DT_UNKNOWN)
         return entry.type;
@@ -72,70 +80,122 @@ bool IsPackage(const QByteArray &folder) {
            access(appRun.constData(), X_OK) == 0;
 }
 
-// Reads the whole ".hidden" file into a block of its own size. Any failure
-// skips the file; the menu is built without it.
-QByteArray ReadHiddenFile(int directory) {
-    const int file = openat(directory, ".hidden", O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
-    if (file < 0) {
-        qCWarning(lcFolderEntries, "cannot open .hidden: %s", strerror(errno));
+QByteArray CanonicalPath(const QByteArray &path) {
+    char resolved[PATH_MAX];
+    return realpath(path.constData(), resolved) != nullptr ? QByteArray(resolved) : QByteArray();
+}
+
+// A ".hidden" file is read only when it is a small regular file; anything
+// else (a pipe, a huge or sparse file) is logged and leaves nothing hidden.
+std::vector<QByteArray> HiddenNames(const QByteArray &folder) {
+    QByteArray contents;
+    if (const OSErr err = ReadRegularFile(JoinPath(folder, ".hidden"), kSmallFileLimit, &contents);
+        err != noErr) {
+        qCWarning(lcFolderEntries, "the hidden-names file of %s is ignored (error %d)",
+                  qPrintable(QFile::decodeName(folder)), int(err));
         return {};
     }
-    QByteArray contents;
-    struct stat info {};
-    if (fstat(file, &info) == 0 && S_ISREG(info.st_mode)) {
-        OSErr err = noErr;
-        Ptr block = AllocPtr(&err, Size(info.st_size));
-        if (block != nullptr) {
-            Size done = 0;
-            while (done < Size(info.st_size)) {
-                const ssize_t got = read(file, block + done, std::size_t(info.st_size - done));
-                if (got < 0 && errno == EINTR)
-                    continue;
-                if (got <= 0)
-                    break;
-                done += got;
-            }
-            if (done == Size(info.st_size))
-                contents = QByteArray(block, qsizetype(done));
-            else
-                qCWarning(lcFolderEntries, "cannot read .hidden: %s", strerror(errno));
-            DestroyPtr(block);
-        }
-    }
-    close(file);
-    return contents;
+    return HiddenNamesFromFile(contents);
 }
 
-QString DisplayName(const QByteArray &folder, const RawEntry &entry, FolderEntry *out) {
-    if (entry.name.endsWith(".desktop") && (entry.type == DT_REG || entry.type == DT_LNK)) {
-        if (const auto desktop = DesktopEntry::read(JoinPath(folder, entry.name))) {
-            const QString type = desktop->value(QStringLiteral("Type")).value_or(QString());
-            if (type == QLatin1String("Application") || type == QLatin1String("Link")) {
-                static const QString locale = QLocale::system().name();
-                out->kind = FolderEntry::Kind::DesktopEntry;
-                out->iconName = desktop->value(QStringLiteral("Icon")).value_or(QString());
-                const auto name = desktop->localizedValue(QStringLiteral("Name"), locale);
-                if (name && !name->isEmpty())
-                    return *name;
-            }
-        }
-    }
-    return QFile::decodeName(entry.name);
+bool IsLauncher(const DesktopEntry &desktop) {
+    const QString type = desktop.value(QStringLiteral("Type")).value_or(QString());
+    return type == QLatin1String("Application") || type == QLatin1String("Link");
 }
 
-// Follows a link to its final target; loops and chains longer than the
-// system's limit fail, and a broken link stays the link itself.
+// Whether a launcher of the current desktop ($XDG_CURRENT_DESKTOP) lists the entry.
+bool ListedByLaunchers(const DesktopEntry &desktop, const QStringList &currentDesktops) {
+    if (!IsLauncher(desktop) || desktop.boolValue(QStringLiteral("NoDisplay"), false) ||
+        desktop.boolValue(QStringLiteral("Hidden"), false))
+        return false;
+    const auto namesCurrent = [&](const QString &key) -> std::optional<bool> {
+        const auto list = desktop.value(key);
+        if (!list)
+            return std::nullopt;
+        const QStringList names = list->split(u';', Qt::SkipEmptyParts);
+        return std::any_of(currentDesktops.begin(), currentDesktops.end(),
+                           [&](const QString &name) { return names.contains(name); });
+    };
+    if (namesCurrent(QStringLiteral("OnlyShowIn")) == false)
+        return false;
+    return namesCurrent(QStringLiteral("NotShowIn")) != true;
+}
+
+// Whether `canonicalFolder` lies in one of the folders a launcher reads its
+// entries from.
+bool InApplicationFolder(const QByteArray &canonicalFolder) {
+    if (canonicalFolder.isEmpty())
+        return false;
+    for (const QByteArray &folder : ApplicationFolders()) {
+        const QByteArray root = CanonicalPath(folder);
+        if (!root.isEmpty() && (canonicalFolder == root || canonicalFolder.startsWith(root + '/')))
+            return true;
+    }
+    return false;
+}
+
+// The name an entry shows, taken from the entry at `path`: a desktop entry of
+// Type Application or Link shows its localized Name (and brings its Icon);
+// anything else shows its file name.
+QString DisplayName(const QByteArray &path, const DesktopEntry *desktop, FolderEntry *entry) {
+    if (desktop != nullptr && IsLauncher(*desktop)) {
+        static const QString locale = QLocale::system().name();
+        entry->kind = FolderEntry::Kind::DesktopEntry;
+        entry->iconName = desktop->value(QStringLiteral("Icon")).value_or(QString());
+        const auto name = desktop->localizedValue(QStringLiteral("Name"), locale);
+        if (name && !name->isEmpty())
+            return *name;
+    }
+    return QFile::decodeName(LastPathComponent(path));
+}
+
+// Follows a link to its final target, as the file system resolves it; loops
+// and chains longer than the system's limit fail, and a broken link stays
+// the link itself.
 void FollowLink(FolderEntry *entry) {
-    char resolved[PATH_MAX];
-    if (realpath(entry->path.constData(), resolved) == nullptr)
+    const QByteArray resolved = CanonicalPath(entry->path);
+    if (resolved.isEmpty())
         return;
     struct stat info {};
-    if (stat(resolved, &info) != 0)
+    if (stat(resolved.constData(), &info) != 0)
         return;
-    entry->path = QByteArray(resolved);
+    entry->path = resolved;
     if (S_ISDIR(info.st_mode))
         entry->kind =
             IsPackage(entry->path) ? FolderEntry::Kind::Package : FolderEntry::Kind::Folder;
+}
+
+// The desktop's own folders (home, the user's folders, drives) get icons of
+// their own; looked up only when the listing holds folders.
+void MarkSpecialFolders(const QByteArray &folder, const QByteArray &canonicalFolder,
+                        std::vector<FolderEntry> *entries) {
+    std::optional<SpecialFolders> special;
+    for (FolderEntry &entry : *entries) {
+        if (entry.kind != FolderEntry::Kind::Folder)
+            continue;
+        if (!special)
+            special = SpecialFolders::current();
+        // Plain folders are named under the folder as given; compare the real place.
+        QByteArray real = entry.path;
+        if (!canonicalFolder.isEmpty() && canonicalFolder != folder &&
+            ParentPath(entry.path) == folder)
+            real = JoinPath(canonicalFolder, LastPathComponent(entry.path));
+        entry.iconName = special->iconFor(real);
+    }
+}
+
+FolderListing Failed(const QByteArray &folder, int error) {
+    qCWarning(lcFolderEntries, "cannot read the folder %s: %s",
+              qPrintable(QFile::decodeName(folder)), strerror(error));
+    FolderListing listing;
+    listing.status = OSErrFromErrno(error);
+    return listing;
+}
+
+FolderListing Abandoned() {
+    FolderListing listing;
+    listing.status = userCanceledErr;
+    return listing;
 }
 
 } // namespace
@@ -152,6 +212,14 @@ QString FolderSortKey(const QString &name) {
     char16_t *out = reinterpret_cast<char16_t *>(key.data());
     for (qsizetype i = 0; i < size; ++i)
         out[i] = (text[i] >= u'A' && text[i] <= u'Z') ? char16_t(text[i] + 32) : text[i];
+    return key;
+}
+
+QString FolderFilterKey(const QString &text) {
+    QString key = FolderSortKey(text);
+    key.removeIf([](QChar c) {
+        return c.category() == QChar::Mark_NonSpacing || c.category() == QChar::Mark_Enclosing;
+    });
     return key;
 }
 
@@ -181,15 +249,11 @@ bool IsVolumeRoot(const QByteArray &folder) {
     return self.st_dev != parent.st_dev || self.st_ino == parent.st_ino;
 }
 
-FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth) {
-    FolderListing listing;
+FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth,
+                                std::stop_token stop) {
     Directory directory(folder);
-    if (directory.get() == nullptr) {
-        listing.status = OSErrFromErrno(errno);
-        qCWarning(lcFolderEntries, "cannot read the folder %s: %s",
-                  qPrintable(QFile::decodeName(folder)), strerror(errno));
-        return listing;
-    }
+    if (directory.get() == nullptr)
+        return Failed(folder, errno);
     const int fd = dirfd(directory.get());
 
     // One pass over the folder; everything else works on what it returned.
@@ -201,13 +265,12 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth) {
             continue;
         raw.push_back({QByteArray(entry->d_name), entry->d_type, 0});
         hasHiddenFile = hasHiddenFile || std::strcmp(entry->d_name, ".hidden") == 0;
+        if (Stopped(stop, raw.size()))
+            return Abandoned();
     }
-    if (errno != 0) {
-        listing.status = OSErrFromErrno(errno);
-        qCWarning(lcFolderEntries, "cannot read the folder %s: %s",
-                  qPrintable(QFile::decodeName(folder)), strerror(errno));
-        return listing;
-    }
+    if (errno != 0)
+        return Failed(folder, errno);
+    FolderListing listing;
     listing.found = std::uint32_t(raw.size());
 
     // The system's own files at the top of a volume.
@@ -223,12 +286,19 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth) {
         byName.reserve(qsizetype(raw.size()));
         for (std::size_t i = 0; i < raw.size(); ++i)
             byName.insert(raw[i].name, i);
-        for (const QByteArray &name : HiddenNamesFromFile(ReadHiddenFile(fd))) {
+        for (const QByteArray &name : HiddenNames(folder)) {
             const auto found = byName.constFind(name);
             if (found != byName.constEnd())
                 raw[*found].flags |= kInvisible;
         }
     }
+
+    // An application folder shows what a launcher would list: folders and
+    // the desktop entries it does not leave out.
+    const QByteArray canonicalFolder = CanonicalPath(folder);
+    const bool launcherFolder = InApplicationFolder(canonicalFolder);
+    const QStringList currentDesktops =
+        QString::fromLocal8Bit(qgetenv("XDG_CURRENT_DESKTOP")).split(u':', Qt::SkipEmptyParts);
 
     struct Ordered {
         QString key;
@@ -237,13 +307,19 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth) {
     std::vector<Ordered> order;
     order.reserve(raw.size());
     listing.entries.reserve(raw.size());
+    std::size_t done = 0;
     for (RawEntry &entry : raw) {
+        if (Stopped(stop, ++done))
+            return Abandoned();
         if (entry.name.startsWith('.') || (entry.flags & kInvisible) != 0)
             continue;
         entry.type = TypeOf(fd, entry);
         FolderEntry item;
         item.path = JoinPath(folder, entry.name);
-        item.name = DisplayName(folder, entry, &item);
+        std::optional<DesktopEntry> desktop;
+        if (entry.name.endsWith(".desktop") && (entry.type == DT_REG || entry.type == DT_LNK))
+            desktop = DesktopEntry::read(item.path);
+        item.name = DisplayName(item.path, desktop ? &*desktop : nullptr, &item);
         if (depth < kDeepestMenu) {
             if (entry.type == DT_LNK)
                 FollowLink(&item);
@@ -254,6 +330,10 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth) {
         } else if (entry.type == DT_DIR) {
             item.kind = FolderEntry::Kind::Folder; // shown as one, but no submenu this deep
         }
+        if (launcherFolder && item.kind != FolderEntry::Kind::Folder &&
+            item.kind != FolderEntry::Kind::Package &&
+            !(desktop && ListedByLaunchers(*desktop, currentDesktops)))
+            continue;
         order.push_back({FolderSortKey(item.name), listing.entries.size()});
         listing.entries.push_back(std::move(item));
     }
@@ -277,5 +357,6 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth) {
         sorted.push_back(std::move(entry));
     }
     listing.entries = std::move(sorted);
+    MarkSpecialFolders(folder, canonicalFolder, &listing.entries);
     return listing;
 }

@@ -5,7 +5,8 @@
 
 struct FolderEntry;
 
-// The entry's icon: "folder" for folders, a desktop entry's Icon, else the icon
+// The entry's icon: "folder" for folders (the special folders' own icons for
+// them: user-home, folder-music, drive-harddisk, ...), a desktop entry's Icon, else the icon
 // of the MIME type its name suggests (the contents are never read). Looked up
 // once per type and suffix; the style's file and folder icons stand in where
 // the theme has none.

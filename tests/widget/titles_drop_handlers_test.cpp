@@ -5,11 +5,12 @@
 #include "tests/widget/titles_fixture.h"
 
 #include "foldermenus/foldercache.h"
+#include "foldermenus/foldermenu.h"
+#include "foldermenus/foldermenumodel.h"
+#include "tests/support/desktopsession.h"
 #include "titles/titledrops.h"
 #include "titles/titlewindow.h"
 
-#include <QAction>
-#include <QMenu>
 #include <QMimeData>
 
 #include <climits>
@@ -59,8 +60,9 @@ protected:
         return {items.at("one/report.pdf"), items.at("two/report.pdf"),
                 items.at("three/report.pdf")};
     }
-    QMenu *BuildCachedMenu() {
-        EXPECT_EQ(InitializeFolderCachedMenu(title), noErr);
+    FolderMenu *BuildCachedMenu() {
+        InitializeFolderCachedMenu(title);
+        EXPECT_TRUE(WaitFor([&] { return title->cachedMenu->model()->isComplete(); }));
         return title->cachedMenu;
     }
     TitleWindow *window() const { return static_cast<TitleWindow *>(title->window); }
@@ -139,14 +141,15 @@ TEST_F(TitleDropHandlersTest, EachItemBecomesALinkInOrderAndTheNextMenuListsThem
 
     EXPECT_EQ(title->cachedMenu, nullptr) << "the cached menu must be dropped";
     QStringList texts;
-    for (const QAction *item : BuildCachedMenu()->actions())
-        texts.append(item->text());
+    const FolderMenu *menu = BuildCachedMenu();
+    for (int item = 1; item <= menu->itemCount(); ++item)
+        texts.append(menu->itemText(item));
     EXPECT_TRUE(texts.contains(QStringLiteral("report.pdf"))) << texts.join(u'|').toStdString();
     EXPECT_TRUE(texts.contains(QStringLiteral("report (3).pdf"))) << texts.join(u'|').toStdString();
 }
 
 TEST_F(TitleDropHandlersTest, ARefusedDragOrAnEmptyOneMakesNothingAndKeepsTheMenu) {
-    QMenu *cached = BuildCachedMenu();
+    FolderMenu *cached = BuildCachedMenu();
     Drag mixed = Files(Reports());
     mixed.items[2] = TextItem();
     EXPECT_EQ(MenuDragReceiveHandler(title->window, title, mixed), dragNotAcceptedErr);
