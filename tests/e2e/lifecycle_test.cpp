@@ -71,7 +71,7 @@ TEST_F(LifecycleTest, EachQuitSignalEndsTheRunCleanlyAndTheSettingsComeBack) {
         // The first run made the defaults; later runs read them back, so
         // neither the menu folder nor the saved bytes change.
         EXPECT_EQ(menuEntries(),
-                  (QStringList{QStringLiteral("File System"), QStringLiteral("applications"),
+                  (QStringList{QStringLiteral("Applications"), QStringLiteral("File System"),
                                QStringLiteral("home")}));
         const QByteArray saved = ReadFile(prefsFile());
         ASSERT_FALSE(saved.isEmpty());

@@ -107,7 +107,7 @@ TEST_F(WholeLifeTest, FromTheFirstStartToADamagedFile) {
         << program->readAllStandardError().constData();
     EXPECT_EQ(QDir(QFile::decodeName(menuFolder()))
                   .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name),
-              (QStringList{QStringLiteral("File System"), QStringLiteral("applications"),
+              (QStringList{QStringLiteral("Applications"), QStringLiteral("File System"),
                            QStringLiteral("home")}));
     const auto autostart = DesktopEntry::read(env.configHome() + "/autostart/kestrel-menu.desktop");
     ASSERT_TRUE(autostart.has_value());

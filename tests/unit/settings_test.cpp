@@ -47,10 +47,10 @@ TEST_F(DefaultsTest, FirstRunMakesTheMenuFolderTheTwoMenusAndTheLoginItem) {
     ASSERT_EQ(SetDefaultPreferences(), noErr);
 
     EXPECT_EQ(Entries(menuFolder()),
-              (QStringList{QStringLiteral("File System"), QStringLiteral("applications"),
+              (QStringList{QStringLiteral("Applications"), QStringLiteral("File System"),
                            QStringLiteral("home")}));
     EXPECT_EQ(LinkTarget(menuFolder() + "/home"), env.home());
-    EXPECT_EQ(LinkTarget(menuFolder() + "/applications"), "/usr/share/applications");
+    EXPECT_EQ(LinkTarget(menuFolder() + "/Applications"), "/usr/share/applications");
     EXPECT_EQ(LinkTarget(menuFolder() + "/File System"), "/");
 
     ASSERT_EQ(CountLinkedListItems(firstMenuSpec), 2);
@@ -85,7 +85,7 @@ TEST_F(DefaultsTest, AMissingHomeOnlyLeavesItsLinkOut) {
     qputenv("HOME", env.root() + "/no-such-home");
     ASSERT_EQ(SetDefaultPreferences(), noErr);
     EXPECT_EQ(Entries(menuFolder()),
-              (QStringList{QStringLiteral("File System"), QStringLiteral("applications")}));
+              (QStringList{QStringLiteral("Applications"), QStringLiteral("File System")}));
 }
 
 TEST_F(DefaultsTest, NoPreferencesFolderIsReportedAndStopsTheDefaults) {
