@@ -73,11 +73,12 @@ unsigned char TypeOf(int directory, const RawEntry &entry) {
 }
 
 // An application folder carries its program as an executable file named AppRun.
-bool IsPackage(const QByteArray &folder) {
-    const QByteArray appRun = JoinPath(folder, "AppRun");
+// Looked up from the folder already open, so the path is not walked again.
+bool IsPackage(int directory, const QByteArray &name) {
     struct stat info {};
-    return stat(appRun.constData(), &info) == 0 && S_ISREG(info.st_mode) &&
-           access(appRun.constData(), X_OK) == 0;
+    return fstatat(directory, name.isEmpty() ? "AppRun" : (name + "/AppRun").constData(), &info,
+                   0) == 0 &&
+           S_ISREG(info.st_mode) && (info.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
 }
 
 QByteArray CanonicalPath(const QByteArray &path) {
@@ -149,20 +150,30 @@ QString DisplayName(const QByteArray &path, const DesktopEntry *desktop, FolderE
     return QFile::decodeName(LastPathComponent(path));
 }
 
-// Follows a link to its final target, as the file system resolves it; loops
-// and chains longer than the system's limit fail, and a broken link stays
-// the link itself.
-void FollowLink(FolderEntry *entry) {
-    const QByteArray resolved = CanonicalPath(entry->path);
-    if (resolved.isEmpty())
+// Follows the link `name` of `directory` to its final target as the file
+// system resolves it: the kernel walks the chain (a loop or a chain past its
+// limit fails) and names the place it reached. A broken link stays the link.
+void FollowLink(int directory, const QByteArray &name, FolderEntry *entry) {
+    const int target = openat(directory, name.constData(), O_PATH | O_CLOEXEC);
+    if (target < 0)
         return;
     struct stat info {};
-    if (stat(resolved.constData(), &info) != 0)
-        return;
-    entry->path = resolved;
-    if (S_ISDIR(info.st_mode))
-        entry->kind =
-            IsPackage(entry->path) ? FolderEntry::Kind::Package : FolderEntry::Kind::Folder;
+    char resolved[PATH_MAX];
+    const ssize_t length =
+        readlink(("/proc/self/fd/" + QByteArray::number(target)).constData(), resolved, PATH_MAX);
+    if (fstat(target, &info) == 0 && length > 0 && length < PATH_MAX && resolved[0] == '/') {
+        entry->path = QByteArray(resolved, length);
+        if (S_ISDIR(info.st_mode))
+            entry->kind =
+                IsPackage(target, {}) ? FolderEntry::Kind::Package : FolderEntry::Kind::Folder;
+    } else if (const QByteArray real = CanonicalPath(entry->path); !real.isEmpty()) {
+        // Without /proc the C library walks the chain instead.
+        entry->path = real;
+        if (stat(real.constData(), &info) == 0 && S_ISDIR(info.st_mode))
+            entry->kind =
+                IsPackage(target, {}) ? FolderEntry::Kind::Package : FolderEntry::Kind::Folder;
+    }
+    close(target);
 }
 
 // The desktop's own folders (home, the user's folders, drives) get icons of
@@ -322,10 +333,10 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth,
         item.name = DisplayName(item.path, desktop ? &*desktop : nullptr, &item);
         if (depth < kDeepestMenu) {
             if (entry.type == DT_LNK)
-                FollowLink(&item);
+                FollowLink(fd, entry.name, &item);
             else if (entry.type == DT_DIR)
-                item.kind =
-                    IsPackage(item.path) ? FolderEntry::Kind::Package : FolderEntry::Kind::Folder;
+                item.kind = IsPackage(fd, entry.name) ? FolderEntry::Kind::Package
+                                                      : FolderEntry::Kind::Folder;
             item.submenu = item.kind == FolderEntry::Kind::Folder;
         } else if (entry.type == DT_DIR) {
             item.kind = FolderEntry::Kind::Folder; // shown as one, but no submenu this deep
@@ -347,7 +358,8 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth,
     for (const Ordered &position : order) {
         FolderEntry &entry = listing.entries[position.index];
         // A sort prefix orders the item but is not shown: "10>>Mail" shows "Mail".
-        const qsizetype prefix = entry.name.indexOf(QLatin1String(">>"));
+        const qsizetype prefix =
+            entry.name.contains(u'>') ? entry.name.indexOf(QLatin1String(">>")) : -1;
         if (prefix >= 0) {
             entry.text = entry.name.mid(prefix + 2);
             entry.separator = entry.text == QLatin1String("-");

@@ -143,8 +143,8 @@ TEST_F(ClickDesktopTest, ItemsThreeLevelsDownOpenRevealAndShowTheirPropertiesByT
     WalkToInner(u"t a r g"_s);
     ChooseWith({}, u"space"_s);
     // Ctrl reveals, Shift shows the properties, Ctrl wins over Shift.
-    for (const QStringList &held : {QStringList{u"ctrl"_s}, QStringList{u"shift"_s},
-                                    QStringList{u"ctrl"_s, u"shift"_s}}) {
+    for (const QStringList &held :
+         {QStringList{u"ctrl"_s}, QStringList{u"shift"_s}, QStringList{u"ctrl"_s, u"shift"_s}}) {
         WalkToInner(u"n o t e"_s);
         ChooseWith(held, u"Return"_s);
     }

@@ -221,8 +221,7 @@ TEST_F(ClickTest, ChoosingAnotherFolderChangesTheTitlesFolderAndForgetsTheOldRec
         EXPECT_EQ(dialogTitle, u"Choose a Folder"_s);
         EXPECT_EQ(spec.folder.path, folder.path());
         EXPECT_EQ(spec.folderAlias, "old alias record");
-        if (answered.isEmpty())
-            EXPECT_EQ(title.cachedMenu, cached);
+        EXPECT_TRUE(!answered.isEmpty() || title.cachedMenu == cached);
     }
 
     AnswerFileDialog(other);
