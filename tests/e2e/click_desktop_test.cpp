@@ -43,9 +43,9 @@ protected:
         session.start(QStringLiteral(KESTREL_FAKE_FILEMANAGER), {requestLog}, environment);
         ASSERT_TRUE(WaitFor([&] { return QFile::exists(requestLog); }));
         // A tree three levels deep, and a link to a folder elsewhere.
-        MakeFolder(menuFolder() + "/Deep/Middle/Inner/Target");
+        ASSERT_TRUE(QDir().mkpath(QFile::decodeName(menuFolder() + "/Deep/Middle/Inner/Target")));
         WriteFile(menuFolder() + "/Deep/Middle/Inner/note one.txt", "note\n");
-        MakeFolder(env.root() + "/Elsewhere/Real folder");
+        ASSERT_TRUE(QDir().mkpath(QFile::decodeName(env.root() + "/Elsewhere/Real folder")));
         ASSERT_EQ(::symlink((env.root() + "/Elsewhere/Real folder").constData(),
                             (menuFolder() + "/Deep/Middle/Inner/Shortcut").constData()),
                   0);
@@ -57,10 +57,6 @@ protected:
     void TearDown() override {
         if (program != nullptr)
             DesktopSession::stop(program);
-    }
-
-    static void MakeFolder(const QByteArray &path) {
-        ASSERT_TRUE(QDir().mkpath(QFile::decodeName(path))) << path.constData();
     }
 
     void Xdotool(const QString &arguments) const {

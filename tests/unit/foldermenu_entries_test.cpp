@@ -29,10 +29,6 @@ const FolderEntry *Find(const FolderListing &listing, const QString &text) {
     return nullptr;
 }
 
-QByteArray Canonical(const QByteArray &path) {
-    return QFile::encodeName(QFileInfo(QFile::decodeName(path)).canonicalFilePath());
-}
-
 // The ordering as the menu defines it, written out step by step: each name is
 // inserted after comparing with the last item, then by binary search.
 QStringList InsertOneByOne(const QList<QByteArray> &enumeration) {
@@ -147,7 +143,8 @@ TEST(FolderEntries, LinksPackagesAndTheDeepestMenu) {
     for (const char *name : {"Real", "NotApp", "ToReal", "ToToReal"})
         EXPECT_TRUE(Find(top, QString::fromLatin1(name))->submenu) << name;
     EXPECT_EQ(Find(top, QStringLiteral("App.AppDir"))->kind, FolderEntry::Kind::Package);
-    EXPECT_EQ(Find(top, QStringLiteral("ToToReal"))->path, Canonical(folder.at("Real")));
+    EXPECT_EQ(Find(top, QStringLiteral("ToToReal"))->path,
+              QFileInfo(QFile::decodeName(folder.at("Real"))).canonicalFilePath().toUtf8());
     for (const char *plain : {"App.AppDir", "ToApp", "Broken", "LoopA", "LoopB"})
         EXPECT_FALSE(Find(top, QString::fromLatin1(plain))->submenu) << plain;
     EXPECT_EQ(Find(top, QStringLiteral("Broken"))->path, folder.at("Broken")); // the link itself
@@ -166,7 +163,6 @@ TEST(FolderEntries, OddNamesKeepTheirBytesAndLaunchersShowTheirNames) {
         folder.touch(name);
     folder.touch("editor.desktop", "[Desktop Entry]\nType=Application\nName=Text Editor\n"
                                    "Icon=accessories-text-editor\nExec=ed\n");
-    folder.touch("dir.desktop", "[Desktop Entry]\nType=Directory\nName=Not Shown\n");
     const FolderListing listing = ReadFolderEntries(folder.path(), 0);
     EXPECT_EQ(Find(listing, QStringLiteral("new\nline"))->path, folder.at("new\nline"));
     EXPECT_EQ(Find(listing, QFile::decodeName(invalid))->path, folder.at(invalid));
@@ -174,7 +170,6 @@ TEST(FolderEntries, OddNamesKeepTheirBytesAndLaunchersShowTheirNames) {
     const FolderEntry *editor = Find(listing, QStringLiteral("Text Editor"));
     EXPECT_EQ(editor->kind, FolderEntry::Kind::DesktopEntry);
     EXPECT_EQ(editor->iconName, QStringLiteral("accessories-text-editor"));
-    EXPECT_NE(Find(listing, QStringLiteral("dir.desktop")), nullptr);
 }
 
 // In the folders a launcher reads, the menu leaves out what the launcher does;

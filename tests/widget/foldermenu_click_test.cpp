@@ -18,6 +18,7 @@
 #include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 #include "tests/unit/foldermenu_testfolder.h"
+#include "tests/widget/foldermenu_shown.h"
 #include "titles/readymenu.h"
 
 #include <QAbstractButton>
@@ -39,13 +40,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 using Request = platform::FakeFileManager::Request;
-
-QStringList Shown(const FolderMenu *menu) {
-    QStringList texts;
-    for (const int item : menu->shownItems())
-        texts.append(menu->itemText(item));
-    return texts;
-}
 
 class ClickTest : public ::testing::Test {
 protected:
@@ -200,37 +194,8 @@ TEST_F(ClickTest, AddingAnItemLinksItIntoTheFolderAndTheNextClickShowsIt) {
     fileManager.requests.clear();
     fileManager.hasService = false;
     fileManager.hasAlternative = true;
-    dialogTitle.clear();
     EXPECT_EQ(Click({"this", "Right", "a"}), noErr);
     EXPECT_EQ(fileManager.requests, (QList<Request>{{"AlternativeOpen", {folder.path()}}}));
-    // Neither: the missing file manager is reported, nothing else happens.
-    fileManager.hasAlternative = false;
-    EXPECT_EQ(Click({"this", "Right", "a"}), noErr);
-    EXPECT_TRUE(dialogTitle.isEmpty());
-    ASSERT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(alerts.alerts.first().status, procNotFound);
-}
-
-TEST_F(ClickTest, ChoosingAnotherFolderChangesTheTitlesFolderAndForgetsTheOldRecord) {
-    const QByteArray other = folder.at("Elsewhere");
-    spec.folderAlias = QByteArray("old alias record");
-    FolderMenu *cached = ReadyFolderMenu(&title);
-    for (const QByteArray &answered : {QByteArray(), folder.path()}) {
-        AnswerFileDialog(answered); // cancelled, or the same folder: all stays
-        EXPECT_EQ(Click({"this", "Right", "c"}), noErr);
-        EXPECT_EQ(dialogTitle, u"Choose a Folder"_s);
-        EXPECT_EQ(spec.folder.path, folder.path());
-        EXPECT_EQ(spec.folderAlias, "old alias record");
-        EXPECT_TRUE(!answered.isEmpty() || title.cachedMenu == cached);
-    }
-
-    AnswerFileDialog(other);
-    EXPECT_EQ(Click({"this", "Right", "c"}), noErr);
-    EXPECT_EQ(spec.folder.path, other);
-    EXPECT_TRUE(spec.folderAlias.isEmpty());
-    EXPECT_EQ(title.cachedMenu, nullptr);
-    answer.reset();
-    EXPECT_EQ(NextMenu().first(), u"Real folder"_s);
 }
 
 // About and Preferences show their dialogs (closed here as soon as they
@@ -251,8 +216,6 @@ TEST_F(ClickTest, TheApplicationCommandsShowTheirDialogsAndQuit) {
     ASSERT_EQ(shown.size(), 2) << qPrintable(shown.join(u'|'));
     EXPECT_TRUE(shown[0].contains(u"About"_s)) << qPrintable(shown[0]);
     EXPECT_TRUE(shown[1].contains(u"Preferences"_s)) << qPrintable(shown[1]);
-    SelectKestrelMenuItem(4); // no such item: nothing
-    EXPECT_EQ(shown.size(), 2);
 
     bool quitByMenu = false;
     QTimer::singleShot(0, [&] {

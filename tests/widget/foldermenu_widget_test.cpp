@@ -11,6 +11,7 @@
 #include "tests/support/desktopsession.h"
 #include "tests/support/installed.h"
 #include "tests/unit/foldermenu_testfolder.h"
+#include "tests/widget/foldermenu_shown.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -48,12 +49,6 @@ protected:
         return root_.get();
     }
 
-    static QStringList Shown(const FolderMenu *menu) {
-        QStringList texts;
-        for (const int item : menu->shownItems())
-            texts.append(menu->itemText(item));
-        return texts;
-    }
     static void Keys(QWidget *menu, const QList<Qt::Key> &keys) {
         for (const Qt::Key key : keys)
             QTest::keyClick(menu, key);
