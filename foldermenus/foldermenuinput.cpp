@@ -143,16 +143,17 @@ void FolderMenu::openChild(bool selectFirst) {
         closeChild();
     if (current_ < 0 || !leadsFurther(current_))
         return;
+    const bool folder = kindOfRow(current_) == RowKind::Folder;
+    if (folder && subMenu_ == nullptr)
+        return; // a menu shown outside a click leads nowhere
     if (!childIsOpen()) {
         const int index = rows_[std::size_t(current_)];
         const QRect row = rowRect(current_);
         const QRect opener(mapToGlobal(row.topLeft()), row.size());
         childItem_ = index;
         sloppy_ = true;
-        if (kindOfRow(current_) == RowKind::Folder) {
+        if (folder) {
             FolderMenu *menu = subMenu_;
-            if (menu == nullptr)
-                return; // a menu shown outside a click leads nowhere
             menu->parentMenu_ = this;
             child_ = menu;
             // The menu-opening event: the submenu fills itself from this row.
@@ -175,7 +176,7 @@ void FolderMenu::openChild(bool selectFirst) {
             menu->popup(where);
         }
     }
-    if (!selectFirst)
+    if (!selectFirst || !childIsOpen())
         return;
     if (auto *menu = qobject_cast<FolderMenu *>(child_.data()))
         menu->selectFirstRow();
