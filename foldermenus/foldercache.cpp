@@ -67,6 +67,29 @@ void DisposeMenu(FolderMenu *menu) {
     RetiredMenuTimer().start();
 }
 
+// The menus of depths 1-9 serve one click at a time. Disposed of, they wait
+// here for the next click instead of being made anew, so that a click makes no
+// new windows (and leaves nothing of them behind in the toolkit).
+std::vector<QPointer<FolderMenu>> sparedMenus;
+
+FolderMenu *NewDepthMenu() {
+    while (!sparedMenus.empty()) {
+        const QPointer<FolderMenu> spared = sparedMenus.back();
+        sparedMenus.pop_back();
+        if (spared != nullptr)
+            return spared;
+    }
+    auto *menu = new FolderMenu;
+    QObject::connect(menu, &QMenu::aboutToShow, menu, [menu] { CarbonEventSubMenu(menu); });
+    // The program ends with nothing in use: the spared menus go with it.
+    static const bool freedAtExit = [] {
+        qAddPostRoutine([] { FreeMenus(&sparedMenus); });
+        return true;
+    }();
+    Q_UNUSED(freedAtExit);
+    return menu;
+}
+
 OSStatus WatchFolder(ReadyMenu *readyMenu) {
     const QByteArray &folder = readyMenu->menuSpec->folder.path;
     auto *watcher = new QFileSystemWatcher;
@@ -166,6 +189,13 @@ OSStatus ClearDisposeMenu(FolderMenu *menu) {
     const int folderItems = menu->itemCount() - int(own.size());
     for (qsizetype i = 0; i < own.size() && folderItems + i + 1 < menu->itemCount(); ++i)
         own[i]->setIcon(QIcon());
+    // A depth menu without items of its own waits for the next click.
+    if (own.isEmpty() && sparedMenus.size() < std::size_t(kDepthMenuCount) && !menu->isVisible()) {
+        menu->model()->clear();
+        menu->setSubMenu(nullptr);
+        sparedMenus.emplace_back(menu);
+        return noErr;
+    }
     DisposeMenu(menu);
     return noErr;
 }
@@ -176,9 +206,8 @@ void SetUpDepthMenus(FolderMenu *rootMenu) {
     subMenuRef[0] = rootMenu;
     subMenuItems[0] = 0;
     for (std::int32_t depth = 1; depth < kDepthMenuCount; ++depth) {
-        auto *menu = new FolderMenu;
+        FolderMenu *menu = NewDepthMenu();
         SetMenuID(menu, MenuID(kFirstDepthMenuID + depth));
-        QObject::connect(menu, &QMenu::aboutToShow, menu, [menu] { CarbonEventSubMenu(menu); });
         subMenuRef[depth] = menu;
         subMenuItems[depth] = 0;
     }

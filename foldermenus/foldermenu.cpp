@@ -15,6 +15,7 @@
 #include <QStyleOptionMenuItem>
 #include <QStylePainter>
 #include <QToolTip>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -208,8 +209,10 @@ void FolderMenu::initItemOption(QStyleOptionMenuItem *option, RowKind kind, bool
         option->palette.setCurrentColorGroup(QPalette::Disabled);
     option->font = font();
     option->fontMetrics = fontMetrics();
-    if (selected)
+    if (selected) {
         option->state |= QStyle::State_Selected;
+        option->palette = highlightedPalette(option->palette);
+    }
     option->menuHasCheckableItems = false;
     option->checkType = QStyleOptionMenuItem::NotCheckable;
     switch (kind) {
@@ -227,6 +230,21 @@ void FolderMenu::initItemOption(QStyleOptionMenuItem *option, RowKind kind, bool
     option->maxIconWidth = metrics_.iconWidth;
     option->reservedShortcutWidth = 0;
     option->menuRect = contentRect();
+}
+
+// A highlighted row's palette, its window text already the highlighted text's
+// colour: some styles (Fusion) recolour the arrow of a highlighted item so and
+// key their cached arrow on the palette; given one palette, the same arrow is
+// found again instead of cached anew at every paint.
+QPalette FolderMenu::highlightedPalette(const QPalette &palette) const {
+    if (highlightedFor_ != palette.cacheKey()) {
+        highlightedFor_ = palette.cacheKey();
+        highlighted_ = palette;
+        highlighted_.setColor(QPalette::WindowText, palette.highlightedText().color());
+    }
+    QPalette result = highlighted_;
+    result.setCurrentColorGroup(palette.currentColorGroup());
+    return result;
 }
 
 // What the style asks for: margins, the height of each kind of row and what
@@ -509,6 +527,12 @@ void FolderMenu::hideEvent(QHideEvent *event) {
         parentMenu_ = nullptr;
         parent->childClosed(this);
     }
+    // Each activation of a window connects it to the application for its focus
+    // object, and the matching disconnection is skipped when no window had the
+    // focus before: a menu shown at every click would gather one per click.
+    if (QWindow *window = windowHandle())
+        disconnect(window, SIGNAL(focusObjectChanged(QObject *)), qApp,
+                   SLOT(_q_updateFocusObject(QObject *)));
 }
 
 bool FolderMenu::event(QEvent *event) {

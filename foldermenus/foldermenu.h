@@ -123,6 +123,7 @@ private:
     void measure() const;
     int widestItem() const;
     void initItemOption(QStyleOptionMenuItem *option, RowKind kind, bool selected) const;
+    QPalette highlightedPalette(const QPalette &palette) const;
     QString shownText(int index) const;
     QIcon itemIcon(int index) const;
     QRect contentRect() const;
@@ -177,6 +178,8 @@ private:
     mutable std::vector<int> rows_;
     mutable std::vector<int> rowTop_; // rows_.size() + 1 tops, in content coordinates
     mutable Metrics metrics_;
+    mutable QPalette highlighted_;
+    mutable qint64 highlightedFor_ = 0;
     mutable bool rowsDirty_ = true;
     mutable bool metricsDirty_ = true;
     int scroll_ = 0;

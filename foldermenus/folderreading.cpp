@@ -106,6 +106,12 @@ FolderReading::FolderReading(const QByteArray &folder, std::int32_t depth) {
     const auto key = std::make_pair(folder, depth);
     if (const auto found = registry.running.find(key); found != registry.running.end())
         job_ = found->second.lock();
+    if (job_ != nullptr) {
+        // One that has answered already answered too early for this opening.
+        std::lock_guard lock(job_->mutex);
+        if (job_->listing != nullptr)
+            job_.reset();
+    }
     if (job_ == nullptr) {
         job_ = std::make_shared<Job>();
         job_->key = key;
