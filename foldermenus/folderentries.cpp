@@ -19,6 +19,8 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,10 +32,16 @@ constexpr std::uint16_t kInvisible = 0x4000;
 // How many entries pass between two looks at a stop request.
 constexpr std::size_t kStopCheckInterval = 512;
 
+// An entry as the folder listed it. Its path is made once, and is the one the
+// item keeps; the name is the path's tail.
 struct RawEntry {
-    QByteArray name;
+    QByteArray path;
+    qsizetype nameStart;
     unsigned char type; // d_type; DT_UNKNOWN asks lstat
     std::uint16_t flags;
+
+    const char *name() const { return path.constData() + nameStart; }
+    QByteArrayView nameView() const { return QByteArrayView(path).sliced(nameStart); }
 };
 
 class Directory {
@@ -63,7 +71,7 @@ unsigned char TypeOf(int directory, const RawEntry &entry) {
     if (entry.type != DT_UNKNOWN)
         return entry.type;
     struct stat info {};
-    if (fstatat(directory, entry.name.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0)
+    if (fstatat(directory, entry.name(), &info, AT_SYMLINK_NOFOLLOW) != 0)
         return DT_UNKNOWN;
     if (S_ISDIR(info.st_mode))
         return DT_DIR;
@@ -74,9 +82,9 @@ unsigned char TypeOf(int directory, const RawEntry &entry) {
 
 // An application folder carries its program as an executable file named AppRun.
 // Looked up from the folder already open, so the path is not walked again.
-bool IsPackage(int directory, const QByteArray &name) {
+bool IsPackage(int directory, QByteArrayView name) {
     struct stat info {};
-    return fstatat(directory, name.isEmpty() ? "AppRun" : (name + "/AppRun").constData(), &info,
+    return fstatat(directory, name.isEmpty() ? "AppRun" : (name.toByteArray() + "/AppRun").constData(), &info,
                    0) == 0 &&
            S_ISREG(info.st_mode) && (info.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
 }
@@ -147,14 +155,14 @@ QString DisplayName(const QByteArray &path, const DesktopEntry *desktop, FolderE
         if (name && !name->isEmpty())
             return *name;
     }
-    return QFile::decodeName(LastPathComponent(path));
+    return QString::fromLocal8Bit(QByteArrayView(path).sliced(path.lastIndexOf('/') + 1));
 }
 
 // Follows the link `name` of `directory` to its final target as the file
 // system resolves it: the kernel walks the chain (a loop or a chain past its
 // limit fails) and names the place it reached. A broken link stays the link.
-void FollowLink(int directory, const QByteArray &name, FolderEntry *entry) {
-    const int target = openat(directory, name.constData(), O_PATH | O_CLOEXEC);
+void FollowLink(int directory, const char *name, FolderEntry *entry) {
+    const int target = openat(directory, name, O_PATH | O_CLOEXEC);
     if (target < 0)
         return;
     struct stat info {};
@@ -195,6 +203,28 @@ void MarkSpecialFolders(const QByteArray &folder, const QByteArray &canonicalFol
     }
 }
 
+// Appends the sort key of `name` (see FolderSortKey) to `keys`: all keys of a
+// folder go into one buffer, compared as plain code units. Returns whether the
+// name holds a '>', where a sort prefix may end.
+bool AppendSortKey(const QString &name, std::u16string *keys) {
+    const char16_t *text = reinterpret_cast<const char16_t *>(name.utf16());
+    const qsizetype size = name.size();
+    bool ascii = true;
+    bool angle = false;
+    for (qsizetype i = 0; i < size && ascii; ++i) {
+        ascii = text[i] < 0x80;
+        angle = angle || text[i] == u'>';
+    }
+    if (!ascii) {
+        const QString folded = name.normalized(QString::NormalizationForm_D).toCaseFolded();
+        keys->append(reinterpret_cast<const char16_t *>(folded.utf16()), std::size_t(folded.size()));
+        return name.contains(u'>');
+    }
+    for (qsizetype i = 0; i < size; ++i)
+        keys->push_back((text[i] >= u'A' && text[i] <= u'Z') ? char16_t(text[i] + 32) : text[i]);
+    return angle;
+}
+
 FolderListing Failed(const QByteArray &folder, int error) {
     qCWarning(lcFolderEntries, "cannot read the folder %s: %s",
               qPrintable(QFile::decodeName(folder)), strerror(error));
@@ -212,18 +242,9 @@ FolderListing Abandoned() {
 } // namespace
 
 QString FolderSortKey(const QString &name) {
-    const char16_t *text = reinterpret_cast<const char16_t *>(name.utf16());
-    const qsizetype size = name.size();
-    bool ascii = true;
-    for (qsizetype i = 0; i < size && ascii; ++i)
-        ascii = text[i] < 0x80;
-    if (!ascii)
-        return name.normalized(QString::NormalizationForm_D).toCaseFolded();
-    QString key(size, Qt::Uninitialized);
-    char16_t *out = reinterpret_cast<char16_t *>(key.data());
-    for (qsizetype i = 0; i < size; ++i)
-        out[i] = (text[i] >= u'A' && text[i] <= u'Z') ? char16_t(text[i] + 32) : text[i];
-    return key;
+    std::u16string key;
+    AppendSortKey(name, &key);
+    return QString::fromUtf16(key.data(), qsizetype(key.size()));
 }
 
 QString FolderFilterKey(const QString &text) {
@@ -268,13 +289,14 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth,
     const int fd = dirfd(directory.get());
 
     // One pass over the folder; everything else works on what it returned.
+    const qsizetype nameStart = JoinPath(folder, "").size();
     std::vector<RawEntry> raw;
     bool hasHiddenFile = false;
     errno = 0;
     while (const dirent *entry = readdir(directory.get())) {
         if (IsDotOrDotDot(entry->d_name))
             continue;
-        raw.push_back({QByteArray(entry->d_name), entry->d_type, 0});
+        raw.push_back({JoinPath(folder, entry->d_name), nameStart, entry->d_type, 0});
         hasHiddenFile = hasHiddenFile || std::strcmp(entry->d_name, ".hidden") == 0;
         if (Stopped(stop, raw.size()))
             return Abandoned();
@@ -287,16 +309,16 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth,
     // The system's own files at the top of a volume.
     if (IsVolumeRoot(folder)) {
         for (RawEntry &entry : raw) {
-            if (entry.name == "mach" || entry.name == "mach.sym")
+            if (entry.nameView() == "mach" || entry.nameView() == "mach.sym")
                 entry.flags |= kInvisible;
         }
     }
 
     if (hasHiddenFile) {
-        QHash<QByteArray, std::size_t> byName;
+        QHash<QByteArrayView, std::size_t> byName;
         byName.reserve(qsizetype(raw.size()));
         for (std::size_t i = 0; i < raw.size(); ++i)
-            byName.insert(raw[i].name, i);
+            byName.insert(raw[i].nameView(), i);
         for (const QByteArray &name : HiddenNames(folder)) {
             const auto found = byName.constFind(name);
             if (found != byName.constEnd())
@@ -312,30 +334,33 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth,
         QString::fromLocal8Bit(qgetenv("XDG_CURRENT_DESKTOP")).split(u':', Qt::SkipEmptyParts);
 
     struct Ordered {
-        QString key;
+        std::size_t keyStart;
+        std::size_t keyLength;
         std::size_t index;
+        bool angle; // a '>' in the name: perhaps a sort prefix
     };
     std::vector<Ordered> order;
     order.reserve(raw.size());
+    std::u16string keys;
     listing.entries.reserve(raw.size());
     std::size_t done = 0;
     for (RawEntry &entry : raw) {
         if (Stopped(stop, ++done))
             return Abandoned();
-        if (entry.name.startsWith('.') || (entry.flags & kInvisible) != 0)
+        if (*entry.name() == '.' || (entry.flags & kInvisible) != 0)
             continue;
         entry.type = TypeOf(fd, entry);
         FolderEntry item;
-        item.path = JoinPath(folder, entry.name);
         std::optional<DesktopEntry> desktop;
-        if (entry.name.endsWith(".desktop") && (entry.type == DT_REG || entry.type == DT_LNK))
-            desktop = DesktopEntry::read(item.path);
+        if (entry.nameView().endsWith(".desktop") && (entry.type == DT_REG || entry.type == DT_LNK))
+            desktop = DesktopEntry::read(entry.path);
+        item.path = entry.path;
         item.name = DisplayName(item.path, desktop ? &*desktop : nullptr, &item);
         if (depth < kDeepestMenu) {
             if (entry.type == DT_LNK)
-                FollowLink(fd, entry.name, &item);
+                FollowLink(fd, entry.name(), &item);
             else if (entry.type == DT_DIR)
-                item.kind = IsPackage(fd, entry.name) ? FolderEntry::Kind::Package
+                item.kind = IsPackage(fd, entry.nameView()) ? FolderEntry::Kind::Package
                                                       : FolderEntry::Kind::Folder;
             item.submenu = item.kind == FolderEntry::Kind::Folder;
         } else if (entry.type == DT_DIR) {
@@ -345,21 +370,24 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth,
             item.kind != FolderEntry::Kind::Package &&
             !(desktop && ListedByLaunchers(*desktop, currentDesktops)))
             continue;
-        order.push_back({FolderSortKey(item.name), listing.entries.size()});
+        const std::size_t keyStart = keys.size();
+        const bool angle = AppendSortKey(item.name, &keys);
+        order.push_back({keyStart, keys.size() - keyStart, listing.entries.size(), angle});
         listing.entries.push_back(std::move(item));
     }
 
     // Each new item goes after every item that does not sort after it: that is
     // a stable sort of the keys in the order the folder returned the entries.
-    std::stable_sort(order.begin(), order.end(),
-                     [](const Ordered &a, const Ordered &b) { return a.key < b.key; });
+    const std::u16string_view allKeys(keys);
+    std::stable_sort(order.begin(), order.end(), [allKeys](const Ordered &a, const Ordered &b) {
+        return allKeys.substr(a.keyStart, a.keyLength) < allKeys.substr(b.keyStart, b.keyLength);
+    });
     std::vector<FolderEntry> sorted;
     sorted.reserve(order.size());
     for (const Ordered &position : order) {
         FolderEntry &entry = listing.entries[position.index];
         // A sort prefix orders the item but is not shown: "10>>Mail" shows "Mail".
-        const qsizetype prefix =
-            entry.name.contains(u'>') ? entry.name.indexOf(QLatin1String(">>")) : -1;
+        const qsizetype prefix = position.angle ? entry.name.indexOf(QLatin1String(">>")) : -1;
         if (prefix >= 0) {
             entry.text = entry.name.mid(prefix + 2);
             entry.separator = entry.text == QLatin1String("-");
