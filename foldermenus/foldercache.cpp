@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileSystemWatcher>
 #include <QLoggingCategory>
+#include <QMultiHash>
 #include <QTimer>
 
 #include <vector>
@@ -90,19 +91,51 @@ FolderMenu *NewDepthMenu() {
     return menu;
 }
 
+// One watcher serves every title: a watcher of each title's own would open a
+// new inotify instance at every rebuild, and closing one waits on the kernel.
+QMultiHash<QString, ReadyMenu *> watchedFolders;
+
+QFileSystemWatcher &FolderWatcher() {
+    static QFileSystemWatcher *watcher = [] {
+        auto *made = new QFileSystemWatcher(qApp);
+        QObject::connect(made, &QFileSystemWatcher::directoryChanged, made,
+                         [](const QString &folder) {
+                             // Dropping a menu changes the list: go through a copy.
+                             const QList<ReadyMenu *> titles = watchedFolders.values(folder);
+                             for (ReadyMenu *title : titles)
+                                 FolderChangeNotification(1, title);
+                         });
+        return made;
+    }();
+    return *watcher;
+}
+
 OSStatus WatchFolder(ReadyMenu *readyMenu) {
-    const QByteArray &folder = readyMenu->menuSpec->folder.path;
-    auto *watcher = new QFileSystemWatcher;
-    if (folder.isEmpty() || !watcher->addPath(QFile::decodeName(folder))) {
+    const QString folder = QFile::decodeName(readyMenu->menuSpec->folder.path);
+    QFileSystemWatcher &watcher = FolderWatcher();
+    if (folder.isEmpty() || (!watcher.directories().contains(folder) && !watcher.addPath(folder))) {
         qCWarning(lcFolderEntries, "cannot watch the folder %s; its menu is read at every click",
-                  qPrintable(QFile::decodeName(folder)));
-        delete watcher;
+                  qPrintable(folder));
         return fnfErr;
     }
-    QObject::connect(watcher, &QFileSystemWatcher::directoryChanged, watcher,
-                     [readyMenu] { FolderChangeNotification(1, readyMenu); });
-    readyMenu->folderSubscription = watcher;
+    watchedFolders.insert(folder, readyMenu);
+    readyMenu->folderSubscription = &watcher;
     return noErr;
+}
+
+// By the folder watched, which may no longer be the title's (another was chosen).
+void UnwatchFolder(ReadyMenu *readyMenu) {
+    for (auto watched = watchedFolders.begin(); watched != watchedFolders.end();) {
+        if (watched.value() != readyMenu) {
+            ++watched;
+            continue;
+        }
+        const QString folder = watched.key();
+        watched = watchedFolders.erase(watched);
+        if (!watchedFolders.contains(folder) && FolderWatcher().directories().contains(folder))
+            FolderWatcher().removePath(folder);
+    }
+    readyMenu->folderSubscription = nullptr;
 }
 
 } // namespace
@@ -151,12 +184,8 @@ void DestroyFolderCachedMenu(ReadyMenu *readyMenu) {
     }
     if (readyMenu->cachedMenu == nullptr)
         return;
-    if (readyMenu->folderSubscription != nullptr) {
-        // This may run inside the watcher's own signal: it is freed afterwards.
-        readyMenu->folderSubscription->disconnect();
-        readyMenu->folderSubscription->deleteLater();
-        readyMenu->folderSubscription = nullptr;
-    }
+    if (readyMenu->folderSubscription != nullptr)
+        UnwatchFolder(readyMenu);
     FolderMenu *menu = readyMenu->cachedMenu;
     readyMenu->cachedMenu = nullptr;
     // A reading that ends later must not reach a title that may be gone.

@@ -84,7 +84,8 @@ unsigned char TypeOf(int directory, const RawEntry &entry) {
 // Looked up from the folder already open, so the path is not walked again.
 bool IsPackage(int directory, QByteArrayView name) {
     struct stat info {};
-    return fstatat(directory, name.isEmpty() ? "AppRun" : (name.toByteArray() + "/AppRun").constData(), &info,
+    return fstatat(directory,
+                   name.isEmpty() ? "AppRun" : (name.toByteArray() + "/AppRun").constData(), &info,
                    0) == 0 &&
            S_ISREG(info.st_mode) && (info.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
 }
@@ -217,7 +218,8 @@ bool AppendSortKey(const QString &name, std::u16string *keys) {
     }
     if (!ascii) {
         const QString folded = name.normalized(QString::NormalizationForm_D).toCaseFolded();
-        keys->append(reinterpret_cast<const char16_t *>(folded.utf16()), std::size_t(folded.size()));
+        keys->append(reinterpret_cast<const char16_t *>(folded.utf16()),
+                     std::size_t(folded.size()));
         return name.contains(u'>');
     }
     for (qsizetype i = 0; i < size; ++i)
@@ -361,7 +363,7 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth,
                 FollowLink(fd, entry.name(), &item);
             else if (entry.type == DT_DIR)
                 item.kind = IsPackage(fd, entry.nameView()) ? FolderEntry::Kind::Package
-                                                      : FolderEntry::Kind::Folder;
+                                                            : FolderEntry::Kind::Folder;
             item.submenu = item.kind == FolderEntry::Kind::Folder;
         } else if (entry.type == DT_DIR) {
             item.kind = FolderEntry::Kind::Folder; // shown as one, but no submenu this deep
