@@ -376,37 +376,21 @@ void BM_ClickCycles(benchmark::State &state) {
     }
 }
 
+// Each size of a menu; small sizes take more turns, as a busy moment of the
+// machine weighs more on them.
+void RegisterSizes(const char *name, void (*function)(benchmark::State &)) {
+    for (const int entries : {100, 1000, 10000, 50000, 100000})
+        benchmark::RegisterBenchmark(name, function)
+            ->Arg(entries)
+            ->Iterations(entries <= 10000 ? 15 : 7)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+}
+
 } // namespace
 
 // First, while the program is as fresh as after its start.
 BENCHMARK(BM_OpenMenuMemory)->Arg(100000)->Iterations(1)->Unit(benchmark::kMillisecond);
-// Small sizes take more turns: a busy moment of the machine weighs more on them.
-BENCHMARK(BM_RootMenu)
-    ->Arg(100)
-    ->Arg(1000)
-    ->Arg(10000)
-    ->Iterations(15)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_RootMenu)
-    ->Arg(50000)
-    ->Arg(100000)
-    ->Iterations(7)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Submenu)
-    ->Arg(100)
-    ->Arg(1000)
-    ->Arg(10000)
-    ->Iterations(15)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Submenu)
-    ->Arg(50000)
-    ->Arg(100000)
-    ->Iterations(7)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_FilterKeystroke)
     ->Arg(50000)
     ->Iterations(9)
@@ -437,6 +421,8 @@ int main(int argc, char **argv) {
         QApplication::processEvents();
         CloseAndSettle(menu);
     }
+    RegisterSizes("BM_RootMenu", BM_RootMenu);
+    RegisterSizes("BM_Submenu", BM_Submenu);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

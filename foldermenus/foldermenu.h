@@ -69,20 +69,26 @@ Q_SIGNALS:
     void dragStartRequested(int item);
 
 protected:
+    // The toolkit's events (foldermenu.cpp): tooltips, showing and hiding, own
+    // items and style changes
     bool event(QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void actionEvent(QActionEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    // drawing (foldermenupaint.cpp)
     void paintEvent(QPaintEvent *event) override;
+    // The user's hands (foldermenuinput.cpp): keys, buttons, the pointer moving
     void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
+    // the wheel, and the pointer coming and going
     void wheelEvent(QWheelEvent *event) override;
     void enterEvent(QEnterEvent *event) override;
     void leaveEvent(QEvent *event) override;
-    void showEvent(QShowEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
+    // the submenu delay, the sloppy time-out and the scroll arrows
     void timerEvent(QTimerEvent *event) override;
-    void actionEvent(QActionEvent *event) override;
-    void changeEvent(QEvent *event) override;
 
 private:
     friend class FolderMenuAccessible;
@@ -207,3 +213,7 @@ private:
 // The path stored on folder item `item` of `menu`; empty for the stand-in
 // item and for the menu's own items.
 QByteArray FolderItemPath(const FolderMenu *menu, int item);
+
+// Alt, AltGr, Meta and Super: held while choosing, they change nothing in the
+// menus of a click, and pressed alone they are swallowed there.
+bool IsKeyHeldWhileChoosing(int key);

@@ -32,6 +32,11 @@ bool IsTypedText(const QString &text) {
 
 } // namespace
 
+bool IsKeyHeldWhileChoosing(int key) {
+    return key == Qt::Key_Alt || key == Qt::Key_AltGr || key == Qt::Key_Meta ||
+           key == Qt::Key_Super_L || key == Qt::Key_Super_R;
+}
+
 // Selection
 
 void FolderMenu::setCurrentRow(int row, int popupDelay) {
@@ -306,14 +311,9 @@ void FolderMenu::keyPressEvent(QKeyEvent *event) {
     if (isRightToLeft() && (key == Qt::Key_Left || key == Qt::Key_Right))
         key = key == Qt::Key_Left ? Qt::Key_Right : Qt::Key_Left;
     const bool shift = (event->modifiers() & Qt::ShiftModifier) != 0;
-    switch (key) {
-    case Qt::Key_Alt:
-    case Qt::Key_AltGr:
-    case Qt::Key_Meta:
-    case Qt::Key_Super_L:
-    case Qt::Key_Super_R:
-        // Held while choosing, these change nothing.
+    if (IsKeyHeldWhileChoosing(key))
         return;
+    switch (key) {
     case Qt::Key_Up:
     case Qt::Key_Backtab:
         moveSelection(-1);

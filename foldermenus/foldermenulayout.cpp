@@ -316,4 +316,3 @@ void FolderMenu::scrollByRows(int rows) {
     const int top = rowAt(QPoint(viewport().left(), viewport().top()));
     scrollRowToTop(std::clamp(top + rows, 0, qMax(0, rowCount() - 1)));
 }
-

@@ -60,8 +60,6 @@ QPalette FolderMenu::highlightedPalette(const QPalette &palette) const {
     return result;
 }
 
-
-
 void FolderMenu::paintEvent(QPaintEvent *event) {
     ensureLayout();
     QStylePainter painter(this);

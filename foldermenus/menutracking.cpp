@@ -64,19 +64,9 @@ protected:
 
 private:
     static bool keyPressed(QMenu *menu, int key) {
-        switch (key) {
-        case Qt::Key_Alt:
-        case Qt::Key_AltGr:
-        case Qt::Key_Meta:
-        case Qt::Key_Super_L:
-        case Qt::Key_Super_R:
-            return true;
-        case Qt::Key_Left:
+        if (key == Qt::Key_Left)
             menu->close(); // back to the folder menu it came from
-            return true;
-        default:
-            return false;
-        }
+        return key == Qt::Key_Left || IsKeyHeldWhileChoosing(key);
     }
 
     bool mouse(QMenu *menu, QMouseEvent *event) {
