@@ -112,3 +112,15 @@ QIcon FolderEntryIcon(const FolderEntry &entry) {
 void ClearFolderIconCache() {
     Cache() = IconCache();
 }
+
+void WarmUpFolderIcons() {
+    const int size = QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize);
+    FolderEntry entry;
+    entry.kind = FolderEntry::Kind::Folder;
+    FolderEntryIcon(entry).pixmap(size);
+    entry.kind = FolderEntry::Kind::File;
+    for (const char *name : {"a.txt", "a.pdf", "a.png", "a.jpg", "a.odt", "a"}) {
+        entry.path = name;
+        FolderEntryIcon(entry).pixmap(size);
+    }
+}

@@ -14,3 +14,8 @@ QIcon FolderEntryIcon(const FolderEntry &entry);
 
 // Forgets every icon looked up so far (the next lookups ask the theme again).
 void ClearFolderIconCache();
+
+// Looks up, and draws once at the menus' size, the icons of folders and of the
+// commonest types: the first menu then costs what every later one does, the
+// MIME database and the theme already loaded.
+void WarmUpFolderIcons();

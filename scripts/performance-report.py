@@ -87,7 +87,9 @@ if program.exists():
     out.append("## The running program\n")
     out.append("Under Xvfb with openbox and a session bus. Targets: start-up to the title shown "
                "within 150 ms; idle at most 0.25% of one core over 30 s with the pointer still; "
-               "at most 35 MB resident.\n")
+               "at most 35 MB resident; the first click on a title, from the press until its "
+               "menu is mapped, within 1.5x of a list view that draws only its visible rows "
+               "(35 ms at 1,000 entries, 111 ms at 10,000, 342 ms at 50,000).\n")
     for line in program.read_text().splitlines():
         out.append(f"- {line}")
     out.append("")
