@@ -25,7 +25,12 @@ FolderMenu::FolderMenu(QWidget *parent) : QMenu(parent), model_(new FolderMenuMo
     connect(model_, &QAbstractItemModel::modelReset, this, &FolderMenu::modelReset);
 }
 
-FolderMenu::~FolderMenu() = default;
+FolderMenu::~FolderMenu() {
+    // What screen readers know of this menu goes while it is still a folder menu;
+    // the toolkit would otherwise drop it only once the widget is half gone.
+    if (accessible_ != nullptr)
+        QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(accessible_));
+}
 
 int FolderMenu::itemCount() const {
     return model_->rowCount() + int(own_.size());
