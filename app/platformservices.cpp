@@ -2,6 +2,7 @@
 
 #include "platform/dbusfilemanager.h"
 #include "platform/dbusnotifications.h"
+#include "platform/folderreader.h"
 #include "platform/giolauncher.h"
 #include "platform/giotrustmarks.h"
 #include "platform/messageboxalerts.h"
@@ -29,6 +30,7 @@ struct PlatformServices::Implementations {
     platform::GioTrustMarks trustMarks;
     platform::StartupIdTokens activationTokens;
     platform::XdgDesktopSettings desktopSettings;
+    platform::FileSystemFolderReader folderReader;
 };
 
 PlatformServices::PlatformServices() : implementations_(std::make_unique<Implementations>()) {
@@ -45,6 +47,7 @@ PlatformServices::PlatformServices() : implementations_(std::make_unique<Impleme
     platform::install<platform::TrustMarks>(&implementations_->trustMarks);
     platform::install<platform::ActivationTokens>(&implementations_->activationTokens);
     platform::install<platform::DesktopSettings>(&implementations_->desktopSettings);
+    platform::install<platform::FolderReader>(&implementations_->folderReader);
 }
 
 PlatformServices::~PlatformServices() {
@@ -61,4 +64,5 @@ PlatformServices::~PlatformServices() {
     platform::install<platform::TrustMarks>(nullptr);
     platform::install<platform::ActivationTokens>(nullptr);
     platform::install<platform::DesktopSettings>(nullptr);
+    platform::install<platform::FolderReader>(nullptr);
 }

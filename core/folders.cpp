@@ -56,6 +56,26 @@ OSErr FindApplicationsFolder(QByteArray *path) {
     return noErr;
 }
 
+QList<QByteArray> ApplicationFolders() {
+    QList<QByteArray> folders;
+    QByteArray dataHome = AbsoluteFromEnvironment("XDG_DATA_HOME");
+    if (dataHome.isEmpty()) {
+        QByteArray home;
+        if (FindHomeFolder(&home) == noErr)
+            dataHome = JoinPath(home, ".local/share");
+    }
+    if (!dataHome.isEmpty())
+        folders.append(JoinPath(dataHome, "applications"));
+    QByteArray dataDirs = qgetenv("XDG_DATA_DIRS");
+    if (dataDirs.isEmpty())
+        dataDirs = "/usr/local/share/:/usr/share/";
+    for (const QByteArray &dir : dataDirs.split(':')) {
+        if (dir.startsWith('/'))
+            folders.append(JoinPath(dir, "applications"));
+    }
+    return folders;
+}
+
 QByteArray JoinPath(const QByteArray &folder, const QByteArray &name) {
     if (folder.endsWith('/'))
         return folder + name;

@@ -4,6 +4,7 @@
 #include "core/types.h"
 
 #include <QByteArray>
+#include <QList>
 
 // The user's preferences folder ($XDG_CONFIG_HOME, else ~/.config), created when
 // `create` is set and it is missing.
@@ -12,6 +13,9 @@ OSErr FindPreferencesFolder(QByteArray *path, bool create);
 OSErr FindHomeFolder(QByteArray *path);
 // The system's applications folder.
 OSErr FindApplicationsFolder(QByteArray *path);
+// The folders that hold application entries, most important first:
+// $XDG_DATA_HOME, then each of $XDG_DATA_DIRS, each with "/applications".
+QList<QByteArray> ApplicationFolders();
 
 // Joins a folder and a name with exactly one slash between them.
 QByteArray JoinPath(const QByteArray &folder, const QByteArray &name);

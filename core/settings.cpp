@@ -6,6 +6,8 @@
 #include "finder/alias.h"
 #include "prefs/openatlogin.h"
 
+#include <QCoreApplication>
+
 #include <sys/stat.h>
 
 MenuSpec *firstMenuSpec = nullptr;
@@ -69,7 +71,9 @@ OSErr SetDefaultPreferences() {
     }
     if (QByteArray applications; FindApplicationsFolder(&applications) == noErr) {
         const FSSpec item{applications};
-        CreateAlias(&item, &menuFolder);
+        // Named as launchers and file managers name it.
+        CreateAlias(&item, &menuFolder,
+                    QCoreApplication::translate("Settings", "Applications").toUtf8());
         lastFound = applications;
     }
     if (!lastFound.isEmpty()) {

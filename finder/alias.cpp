@@ -44,11 +44,12 @@ QByteArray AliasName(const QByteArray &itemPath, int attempt) {
     return stem + suffix;
 }
 
-OSErr CreateAlias(const FSSpec *item, const FSSpec *folder) {
+OSErr CreateAlias(const FSSpec *item, const FSSpec *folder, const QByteArray &name) {
     if (item->path.isEmpty() || folder->path.isEmpty())
         return paramErr;
+    const QByteArray named = name.isEmpty() ? item->path : JoinPath(folder->path, name);
     for (int attempt = 1; attempt <= kMaxAttempts; ++attempt) {
-        const QByteArray link = JoinPath(folder->path, AliasName(item->path, attempt));
+        const QByteArray link = JoinPath(folder->path, AliasName(named, attempt));
         if (::symlink(item->path.constData(), link.constData()) == 0)
             return noErr;
         if (errno != EEXIST)

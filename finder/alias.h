@@ -4,10 +4,10 @@
 #include "core/settings.h"
 #include "core/types.h"
 
-// Makes, in `folder`, a symbolic link to `item` named after it. A taken name
-// becomes "name (2)", "name (3)", ... before any extension. Reports nothing;
-// the status says what went wrong.
-OSErr CreateAlias(const FSSpec *item, const FSSpec *folder);
+// Makes, in `folder`, a symbolic link to `item` named after it (or `name`). A
+// taken name becomes "name (2)", "name (3)", ... before any extension. Reports
+// nothing; the status says what went wrong.
+OSErr CreateAlias(const FSSpec *item, const FSSpec *folder, const QByteArray &name = {});
 
 // The name CreateAlias gives the link for `item` on its `attempt`-th try
 // (1 = the item's own name), kept within the file system's 255 bytes.

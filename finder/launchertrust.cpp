@@ -57,21 +57,6 @@ QList<QByteArray> TrustedFolders() {
 
 } // namespace
 
-QList<QByteArray> ApplicationFolders() {
-    QList<QByteArray> folders;
-    QByteArray dataHome = qgetenv("XDG_DATA_HOME");
-    if (!dataHome.startsWith('/')) {
-        QByteArray home;
-        if (FindHomeFolder(&home) == noErr)
-            dataHome = JoinPath(home, ".local/share");
-    }
-    if (dataHome.startsWith('/'))
-        folders.append(JoinPath(dataHome, "applications"));
-    for (const QByteArray &folder : SearchPath("XDG_DATA_DIRS", "/usr/local/share/:/usr/share/"))
-        folders.append(JoinPath(folder, "applications"));
-    return folders;
-}
-
 bool IsTrustedLauncher(const QByteArray &path) {
     char resolved[PATH_MAX];
     if (::realpath(path.constData(), resolved) == nullptr)

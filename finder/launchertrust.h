@@ -11,10 +11,6 @@
 
 #include <functional>
 
-// The folders that hold installed application entries, most important first:
-// $XDG_DATA_HOME/applications, then each of $XDG_DATA_DIRS.
-QList<QByteArray> ApplicationFolders();
-
 // Whether the launcher at `path` may run without asking: after following links
 // it lies in an application or autostart folder, or it is executable (a bundle
 // always is) and carries the desktop's trust mark. Safe from any thread.

@@ -12,13 +12,14 @@
 
 #include <cstdint>
 
-class QAction;
-class QMenu;
+class FolderMenu;
 
 inline constexpr int kDepthMenuCount = 10;
+// A folder not read within this time shows "Loading…" until it is.
+inline constexpr int kLoadingDelayMs = 100;
 
 // The menu of each depth; null where there is none.
-extern QPointer<QMenu> subMenuRef[kDepthMenuCount];
+extern QPointer<FolderMenu> subMenuRef[kDepthMenuCount];
 // How many folder items stand at the top of each depth's menu (items 1 to n).
 // Items below them (a root menu's own command items) are never touched.
 extern std::uint32_t subMenuItems[kDepthMenuCount];
@@ -28,21 +29,7 @@ extern std::uint32_t subMenuItems[kDepthMenuCount];
 // removed, "-" after a prefix as a separator, icons as the settings say,
 // submenus for real folders, each item's path as its data. A folder that
 // shows nothing (or cannot be read) gets one item without data, the empty
-// text. Returns the first failure; nothing is reported to the user.
-// Fill a menu only while it is hidden (as it is on its way to opening): an
-// open menu lays itself out again for every item taken out or put in.
+// text. The folder is read away from the GUI thread; one that takes longer
+// than kLoadingDelayMs shows "Loading…" until its items come. Returns the
+// reading's failure, if it ended in time; nothing is reported to the user.
 OSStatus BuildSubMenu(std::int32_t depth, const FSSpec *folderSpec);
-
-// The path stored on a folder item; empty for the placeholder and for items
-// that are not folder items.
-QByteArray FolderItemPath(const QAction *item);
-
-// Folder items of `menu` that lead to a submenu, in menu order. Their submenu
-// is set by AttachSubMenus when the menu of the next depth exists.
-QList<QAction *> HierarchicalItems(const QMenu *menu);
-// Points every hierarchical item of `menu` at `subMenu`.
-void AttachSubMenus(const QMenu *menu, QMenu *subMenu);
-
-// Menu texts carry '&' as mnemonic marks and a tab before a shortcut: a name
-// is shown as written by doubling the one and replacing the other.
-QString MenuItemTextFor(const QString &name);

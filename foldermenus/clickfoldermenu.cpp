@@ -9,13 +9,13 @@
 #include "finder/finderevents.h"
 #include "foldermenus/buildsubmenu.h"
 #include "foldermenus/foldercache.h"
-#include "foldermenus/menuchoice.h"
+#include "foldermenus/foldermenu.h"
+#include "foldermenus/menutracking.h"
 #include "platform/pointer.h"
 #include "platform/service.h"
 #include "resources/menus.h"
 #include "titles/readymenu.h"
 
-#include <QAction>
 #include <QCoreApplication>
 #include <QFile>
 #include <QLoggingCategory>
@@ -24,17 +24,6 @@
 Q_DECLARE_LOGGING_CATEGORY(lcMenuChoice)
 
 namespace {
-
-// The menu an item stands in: a depth menu or a command menu.
-QMenu *MenuOfItem(const QAction *item) {
-    if (item == nullptr)
-        return nullptr;
-    for (QObject *object : item->associatedObjects()) {
-        if (auto *menu = qobject_cast<QMenu *>(object))
-            return menu;
-    }
-    return nullptr;
-}
 
 // Ctrl wins over Shift; Alt, Super and Caps Lock change nothing.
 FinderAction FolderItemAction(std::uint16_t modifiers) {
@@ -98,32 +87,20 @@ void ChooseAnotherFolder(ReadyMenu *readyMenu) {
 } // namespace
 
 OSStatus ClickFolderMenu(QPoint where, ReadyMenu *readyMenu, bool suppressOpen) {
-    if (readyMenu->cachedMenu == nullptr)
-        InitializeFolderCachedMenu(readyMenu);
-    QMenu *rootMenu = readyMenu->cachedMenu;
+    FolderMenu *rootMenu = ReadyFolderMenu(readyMenu);
     SetUpDepthMenus(rootMenu);
     TearDownDepthMenusAtExit();
 
-    QPointer<QAction> chosen;
-    {
-        MenuChoiceWatch watch;
-        chosen = rootMenu->exec(where);
-        // A folder item chosen as such, or an item chosen with Space.
-        if (watch.MenuChoice() != nullptr)
-            chosen = watch.MenuChoice();
-    }
+    const MenuSelection chosen = PopUpFolderMenu(rootMenu, where);
     // Read once the menu has closed: the keys held as the choice was made.
     const std::uint16_t modifiers = platform::service<platform::Pointer>().query().modifiers;
+    qCDebug(lcMenuChoice, "menu closed: menu %d item %d chosen, modifiers 0x%04x", int(chosen.menu),
+            int(chosen.item), unsigned(modifiers));
 
-    const QMenu *menu = MenuOfItem(chosen);
-    const MenuID id = GetMenuID(menu);
-    const auto item = std::uint16_t(menu != nullptr ? menu->actions().indexOf(chosen) + 1 : 0);
-    qCDebug(lcMenuChoice, "menu closed: menu %d item %d chosen, modifiers 0x%04x", int(id),
-            int(item), unsigned(modifiers));
-
-    if (std::uint16_t(id - kFirstDepthMenuID) < kDepthMenuCount) {
+    if (std::uint16_t(chosen.menu - kFirstDepthMenuID) < kDepthMenuCount) {
         // The empty folder's item, and a root menu's own items, name nothing.
-        const QByteArray path = FolderItemPath(chosen);
+        const QByteArray path =
+            FolderItemPath(subMenuRef[chosen.menu - kFirstDepthMenuID], chosen.item);
         if (!suppressOpen && !path.isEmpty()) {
             const FSSpec file{path};
             // A failed request says why, then leaves the menus of this click
@@ -135,10 +112,10 @@ OSStatus ClickFolderMenu(QPoint where, ReadyMenu *readyMenu, bool suppressOpen) 
                 return err;
             }
         }
-    } else if (id == kApplicationCommandsMenuID) {
-        SelectKestrelMenuItem(item);
-    } else if (id == kFolderCommandsMenuID) {
-        SelectFolderCommandsMenuItem(readyMenu, item);
+    } else if (chosen.menu == kApplicationCommandsMenuID) {
+        SelectKestrelMenuItem(chosen.item);
+    } else if (chosen.menu == kFolderCommandsMenuID) {
+        SelectFolderCommandsMenuItem(readyMenu, chosen.item);
     }
 
     TearDownDepthMenus();

@@ -1,6 +1,8 @@
 #include "foldermenus/foldercache.h"
 
 #include "foldermenus/buildsubmenu.h"
+#include "foldermenus/foldermenu.h"
+#include "foldermenus/foldermenumodel.h"
 #include "resources/menus.h"
 #include "titles/readymenu.h"
 
@@ -9,7 +11,7 @@
 #include <QFile>
 #include <QFileSystemWatcher>
 #include <QLoggingCategory>
-#include <QMenu>
+#include <QMultiHash>
 #include <QTimer>
 
 #include <vector>
@@ -21,51 +23,44 @@ namespace {
 // Menus dropped while a click may still use them: freed once no menu is up
 // and no title is pulled. Deleting from inside the menu's own event loop
 // (deleteLater runs there too) would pull the menu from under its caller.
-std::vector<QPointer<QMenu>> retiredMenus;
+std::vector<QPointer<FolderMenu>> retiredMenus;
 
 bool MenusInUse() {
     return pulledReadyMenu != nullptr || QApplication::activePopupWidget() != nullptr;
 }
 
-QTimer &RetiredMenuTimer();
-
-void FreeRetiredMenus() {
-    if (MenusInUse())
-        return;
-    std::vector<QPointer<QMenu>> retired;
-    retired.swap(retiredMenus);
-    for (const QPointer<QMenu> &menu : retired)
+void FreeMenus(std::vector<QPointer<FolderMenu>> *menus) {
+    std::vector<QPointer<FolderMenu>> freed;
+    freed.swap(*menus);
+    for (const QPointer<FolderMenu> &menu : freed)
         delete menu.data();
-    RetiredMenuTimer().stop();
 }
 
 QTimer &RetiredMenuTimer() {
     static QTimer *timer = [] {
         auto *made = new QTimer(qApp);
         made->setInterval(100);
-        QObject::connect(made, &QTimer::timeout, FreeRetiredMenus);
+        QObject::connect(made, &QTimer::timeout, [made] {
+            if (MenusInUse())
+                return;
+            FreeMenus(&retiredMenus);
+            made->stop();
+        });
         return made;
     }();
     return *timer;
 }
 
-// The program ends with nothing in use: whatever still waits is freed.
-void FreeRetiredMenusAtExit() {
-    std::vector<QPointer<QMenu>> retired;
-    retired.swap(retiredMenus);
-    for (const QPointer<QMenu> &menu : retired)
-        delete menu.data();
-}
-
-void DisposeMenu(QMenu *menu) {
+void DisposeMenu(FolderMenu *menu) {
     if (menu == nullptr)
         return;
     if (!MenusInUse() && !menu->isVisible()) {
         delete menu;
         return;
     }
+    // The program ends with nothing in use: whatever still waits is freed.
     static const bool freedAtExit = [] {
-        qAddPostRoutine(FreeRetiredMenusAtExit);
+        qAddPostRoutine([] { FreeMenus(&retiredMenus); });
         return true;
     }();
     Q_UNUSED(freedAtExit);
@@ -73,72 +68,112 @@ void DisposeMenu(QMenu *menu) {
     RetiredMenuTimer().start();
 }
 
-// The per-click state: the connections that refill menus as they open and
-// swap shared submenus, and which item opened each depth's menu.
-std::vector<QMetaObject::Connection> depthConnections;
-QPointer<QAction> openedBy[kDepthMenuCount];
+// The menus of depths 1-9 serve one click at a time. Disposed of, they wait
+// here for the next click instead of being made anew, so that a click makes no
+// new windows (and leaves nothing of them behind in the toolkit).
+std::vector<QPointer<FolderMenu>> sparedMenus;
 
-constexpr const char *kTwinProperty = "kestrelTwinMenu";
-
-QMenu *TwinOf(const QMenu *menu) {
-    return qobject_cast<QMenu *>(menu->property(kTwinProperty).value<QObject *>());
-}
-
-// A folder item is hovered: if its submenu stands open for a sibling, the item
-// moves to the depth's other menu, which then opens (and fills) afresh.
-void FolderItemHovered(QAction *item) {
-    QMenu *subMenu = item->menu();
-    const std::int32_t depth = GetMenuID(subMenu) - kFirstDepthMenuID;
-    if (depth < 1 || depth >= kDepthMenuCount || !subMenu->isVisible() || openedBy[depth] == item)
-        return;
-    if (QMenu *twin = TwinOf(subMenu))
-        item->setMenu(twin);
-}
-
-void WatchDepthMenu(QMenu *menu) {
-    depthConnections.push_back(
-        QObject::connect(menu, &QMenu::aboutToShow, menu, [menu] { CarbonEventSubMenu(menu); }));
-    depthConnections.push_back(QObject::connect(menu, &QMenu::hovered, menu, FolderItemHovered));
-}
-
-QMenu *NewDepthMenu(std::int32_t depth) {
-    auto *menu = new QMenu;
-    SetMenuID(menu, MenuID(kFirstDepthMenuID + depth));
+FolderMenu *NewDepthMenu() {
+    while (!sparedMenus.empty()) {
+        const QPointer<FolderMenu> spared = sparedMenus.back();
+        sparedMenus.pop_back();
+        if (spared != nullptr)
+            return spared;
+    }
+    auto *menu = new FolderMenu;
+    QObject::connect(menu, &QMenu::aboutToShow, menu, [menu] { CarbonEventSubMenu(menu); });
+    // The program ends with nothing in use: the spared menus go with it.
+    static const bool freedAtExit = [] {
+        qAddPostRoutine([] { FreeMenus(&sparedMenus); });
+        return true;
+    }();
+    Q_UNUSED(freedAtExit);
     return menu;
+}
+
+// One watcher serves every title: a watcher of each title's own would open a
+// new inotify instance at every rebuild, and closing one waits on the kernel.
+QMultiHash<QString, ReadyMenu *> watchedFolders;
+
+QFileSystemWatcher &FolderWatcher() {
+    static QFileSystemWatcher *watcher = [] {
+        auto *made = new QFileSystemWatcher(qApp);
+        QObject::connect(made, &QFileSystemWatcher::directoryChanged, made,
+                         [](const QString &folder) {
+                             // Dropping a menu changes the list: go through a copy.
+                             const QList<ReadyMenu *> titles = watchedFolders.values(folder);
+                             for (ReadyMenu *title : titles)
+                                 FolderChangeNotification(1, title);
+                         });
+        return made;
+    }();
+    return *watcher;
+}
+
+OSStatus WatchFolder(ReadyMenu *readyMenu) {
+    const QString folder = QFile::decodeName(readyMenu->menuSpec->folder.path);
+    QFileSystemWatcher &watcher = FolderWatcher();
+    if (folder.isEmpty() || (!watcher.directories().contains(folder) && !watcher.addPath(folder))) {
+        qCWarning(lcFolderEntries, "cannot watch the folder %s; its menu is read at every click",
+                  qPrintable(folder));
+        return fnfErr;
+    }
+    watchedFolders.insert(folder, readyMenu);
+    readyMenu->folderSubscription = &watcher;
+    return noErr;
+}
+
+// By the folder watched, which may no longer be the title's (another was chosen).
+void UnwatchFolder(ReadyMenu *readyMenu) {
+    for (auto watched = watchedFolders.begin(); watched != watchedFolders.end();) {
+        if (watched.value() != readyMenu) {
+            ++watched;
+            continue;
+        }
+        const QString folder = watched.key();
+        watched = watchedFolders.erase(watched);
+        if (!watchedFolders.contains(folder) && FolderWatcher().directories().contains(folder))
+            FolderWatcher().removePath(folder);
+    }
+    readyMenu->folderSubscription = nullptr;
 }
 
 } // namespace
 
 OSStatus InitializeFolderCachedMenu(ReadyMenu *readyMenu) {
-    QMenu *menu = NewMenuFromTemplate161();
+    auto *menu = new FolderMenu;
+    LoadMenuTemplate161(menu);
     readyMenu->cachedMenu = menu;
     readyMenu->folderSubscription = nullptr;
 
-    // The cached menu outlives any click: its folder items get the submenu of
-    // each click when that click sets up its menus, never one of this moment.
-    const QPointer<QMenu> saved = subMenuRef[0];
-    const QPointer<QMenu> savedNext = subMenuRef[1];
+    // The folder is watched once it has answered, now or later.
+    QObject::connect(menu->model(), &FolderMenuModel::listingShown, menu,
+                     [readyMenu, menu](OSErr readStatus) {
+                         if (readyMenu->cachedMenu == menu && readStatus == noErr &&
+                             readyMenu->folderSubscription == nullptr)
+                             WatchFolder(readyMenu);
+                     });
+    const QPointer<FolderMenu> saved = subMenuRef[0];
     subMenuRef[0] = menu;
-    subMenuRef[1] = nullptr;
     subMenuItems[0] = 0;
-    BuildSubMenu(0, &readyMenu->menuSpec->folder);
+    const OSStatus read = BuildSubMenu(0, &readyMenu->menuSpec->folder);
     subMenuRef[0] = saved;
-    subMenuRef[1] = savedNext;
+    if (read != noErr || !menu->model()->isComplete())
+        return read;
+    return readyMenu->folderSubscription != nullptr ? noErr : fnfErr;
+}
 
-    const QByteArray &folder = readyMenu->menuSpec->folder.path;
-    auto *watcher = new QFileSystemWatcher;
-    if (folder.isEmpty() || !watcher->addPath(QFile::decodeName(folder))) {
-        qCWarning(lcFolderEntries,
-                  "cannot watch the folder %s; its menu is kept until "
-                  "something else drops it",
-                  qPrintable(QFile::decodeName(folder)));
-        delete watcher;
-        return fnfErr;
+FolderMenu *ReadyFolderMenu(ReadyMenu *readyMenu) {
+    const FolderMenu *cached = readyMenu->cachedMenu;
+    const bool followsFolder =
+        cached != nullptr &&
+        (cached->model()->isReading() ||
+         (cached->model()->isComplete() && readyMenu->folderSubscription != nullptr));
+    if (!followsFolder) {
+        DestroyFolderCachedMenu(readyMenu);
+        InitializeFolderCachedMenu(readyMenu);
     }
-    QObject::connect(watcher, &QFileSystemWatcher::directoryChanged, watcher,
-                     [readyMenu] { FolderChangeNotification(1, readyMenu); });
-    readyMenu->folderSubscription = watcher;
-    return noErr;
+    return readyMenu->cachedMenu;
 }
 
 void DestroyFolderCachedMenu(ReadyMenu *readyMenu) {
@@ -149,14 +184,12 @@ void DestroyFolderCachedMenu(ReadyMenu *readyMenu) {
     }
     if (readyMenu->cachedMenu == nullptr)
         return;
-    if (readyMenu->folderSubscription != nullptr) {
-        // This may run inside the watcher's own signal: it is freed afterwards.
-        readyMenu->folderSubscription->disconnect();
-        readyMenu->folderSubscription->deleteLater();
-        readyMenu->folderSubscription = nullptr;
-    }
-    QMenu *menu = readyMenu->cachedMenu;
+    if (readyMenu->folderSubscription != nullptr)
+        UnwatchFolder(readyMenu);
+    FolderMenu *menu = readyMenu->cachedMenu;
     readyMenu->cachedMenu = nullptr;
+    // A reading that ends later must not reach a title that may be gone.
+    QObject::disconnect(menu->model(), &FolderMenuModel::listingShown, menu, nullptr);
     DisposeMenu(menu);
 }
 
@@ -165,67 +198,54 @@ void FolderChangeNotification(std::uint32_t message, ReadyMenu *readyMenu) {
         DestroyFolderCachedMenu(readyMenu);
 }
 
-OSStatus CarbonEventSubMenu(QMenu *menu) {
+OSStatus CarbonEventSubMenu(FolderMenu *menu) {
     if (menu == nullptr)
         return paramErr;
     const std::int32_t depth = GetMenuID(menu) - kFirstDepthMenuID;
     if (depth < 1 || depth >= kDepthMenuCount)
         return noErr;
-    if (subMenuRef[depth] != menu) {
-        // The depth's other menu: its folder items are all it holds.
-        subMenuRef[depth] = menu;
-        subMenuItems[depth] = std::uint32_t(menu->actions().size());
-    }
-    QMenu *parent = subMenuRef[depth - 1];
-    QAction *item = parent != nullptr ? parent->activeAction() : nullptr;
-    openedBy[depth] = item;
-    const FSSpec folder{FolderItemPath(item)};
+    const FolderMenu *parent = subMenuRef[depth - 1];
+    const FSSpec folder{FolderItemPath(parent, parent != nullptr ? parent->activeItem() : 0)};
     BuildSubMenu(depth, &folder);
     return noErr;
 }
 
-OSStatus ClearDisposeMenu(QMenu *menu) {
+OSStatus ClearDisposeMenu(FolderMenu *menu) {
     if (menu == nullptr)
         return paramErr;
-    const QList<QAction *> items = menu->actions();
     // The last item keeps its icon, as it always has.
-    for (qsizetype i = 0; i + 1 < items.size(); ++i) {
-        if (!items[i]->icon().isNull())
-            items[i]->setIcon(QIcon());
-    }
-    if (QMenu *twin = TwinOf(menu)) {
-        twin->setProperty(kTwinProperty, QVariant());
-        DisposeMenu(twin);
+    const QList<QAction *> own = menu->actions();
+    const int folderItems = menu->itemCount() - int(own.size());
+    for (qsizetype i = 0; i < own.size() && folderItems + i + 1 < menu->itemCount(); ++i)
+        own[i]->setIcon(QIcon());
+    // A depth menu without items of its own waits for the next click.
+    if (own.isEmpty() && sparedMenus.size() < std::size_t(kDepthMenuCount) && !menu->isVisible()) {
+        menu->model()->clear();
+        menu->setSubMenu(nullptr);
+        sparedMenus.emplace_back(menu);
+        return noErr;
     }
     DisposeMenu(menu);
     return noErr;
 }
 
-void SetUpDepthMenus(QMenu *rootMenu) {
+void SetUpDepthMenus(FolderMenu *rootMenu) {
     TearDownDepthMenus();
     SetMenuID(rootMenu, kFirstDepthMenuID);
     subMenuRef[0] = rootMenu;
     subMenuItems[0] = 0;
     for (std::int32_t depth = 1; depth < kDepthMenuCount; ++depth) {
-        QMenu *menu = NewDepthMenu(depth);
-        QMenu *twin = NewDepthMenu(depth);
-        menu->setProperty(kTwinProperty, QVariant::fromValue<QObject *>(twin));
-        twin->setProperty(kTwinProperty, QVariant::fromValue<QObject *>(menu));
+        FolderMenu *menu = NewDepthMenu();
+        SetMenuID(menu, MenuID(kFirstDepthMenuID + depth));
         subMenuRef[depth] = menu;
         subMenuItems[depth] = 0;
-        WatchDepthMenu(twin);
     }
-    for (std::int32_t depth = 0; depth < kDepthMenuCount; ++depth) {
-        WatchDepthMenu(subMenuRef[depth]);
-        openedBy[depth] = nullptr;
-    }
-    AttachSubMenus(rootMenu, subMenuRef[1]);
+    for (std::int32_t depth = 0; depth < kDepthMenuCount; ++depth)
+        subMenuRef[depth]->setSubMenu(depth + 1 < kDepthMenuCount ? subMenuRef[depth + 1].data()
+                                                                  : nullptr);
 }
 
 void TearDownDepthMenus() {
-    for (const QMetaObject::Connection &connection : depthConnections)
-        QObject::disconnect(connection);
-    depthConnections.clear();
     for (std::int32_t depth = 1; depth < kDepthMenuCount; ++depth) {
         if (subMenuRef[depth] != nullptr)
             ClearDisposeMenu(subMenuRef[depth]);

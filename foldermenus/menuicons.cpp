@@ -71,6 +71,15 @@ QIcon FolderEntryIcon(const FolderEntry &entry) {
     IconCache &cache = Cache();
     switch (entry.kind) {
     case FolderEntry::Kind::Folder:
+        if (!entry.iconName.isEmpty()) {
+            // The home folder, the user's folders and drives have icons of their own.
+            auto known = cache.byThemeName.constFind(entry.iconName);
+            if (known == cache.byThemeName.constEnd())
+                known = cache.byThemeName.insert(
+                    entry.iconName,
+                    ThemeIcon(entry.iconName, QStringLiteral("folder"), QStyle::SP_DirIcon));
+            return *known;
+        }
         if (cache.folder.isNull())
             cache.folder = ThemeIcon(QStringLiteral("folder"), {}, QStyle::SP_DirIcon);
         return cache.folder;
@@ -102,4 +111,16 @@ QIcon FolderEntryIcon(const FolderEntry &entry) {
 
 void ClearFolderIconCache() {
     Cache() = IconCache();
+}
+
+void WarmUpFolderIcons() {
+    const int size = QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize);
+    FolderEntry entry;
+    entry.kind = FolderEntry::Kind::Folder;
+    FolderEntryIcon(entry).pixmap(size);
+    entry.kind = FolderEntry::Kind::File;
+    for (const char *name : {"a.txt", "a.pdf", "a.png", "a.jpg", "a.odt", "a"}) {
+        entry.path = name;
+        FolderEntryIcon(entry).pixmap(size);
+    }
 }

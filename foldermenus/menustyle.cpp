@@ -1,9 +1,14 @@
 #include "foldermenus/menustyle.h"
 
+#include "foldermenus/menuicons.h"
+
 #include <QApplication>
 #include <QProxyStyle>
+#include <QTimer>
 
 namespace {
+
+constexpr int kWarmUpDelayMs = 500;
 
 class ScrollingMenuStyle : public QProxyStyle {
 public:
@@ -24,4 +29,6 @@ void InstallMenuStyle() {
     // The desktop's own style underneath, made afresh: the application deletes
     // its current style when it takes the new one.
     QApplication::setStyle(new ScrollingMenuStyle(QApplication::style()->name()));
+    // Once the program has started (and its icon theme is chosen), not during.
+    QTimer::singleShot(kWarmUpDelayMs, qApp, WarmUpFolderIcons);
 }

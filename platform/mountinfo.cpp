@@ -10,7 +10,21 @@ namespace platform {
 
 namespace {
 
-// Mount points escape space, tab, newline and backslash as three octal digits.
+QByteArray ReadWhole(int fd) {
+    QByteArray table;
+    char buffer[8192];
+    ::lseek(fd, 0, SEEK_SET);
+    for (;;) {
+        const ssize_t count = ::read(fd, buffer, sizeof buffer);
+        if (count <= 0)
+            break;
+        table.append(buffer, count);
+    }
+    return table;
+}
+
+} // namespace
+
 QByteArray DecodeOctalEscapes(const QByteArray &field) {
     QByteArray decoded;
     decoded.reserve(field.size());
@@ -28,21 +42,6 @@ QByteArray DecodeOctalEscapes(const QByteArray &field) {
     }
     return decoded;
 }
-
-QByteArray ReadWhole(int fd) {
-    QByteArray table;
-    char buffer[8192];
-    ::lseek(fd, 0, SEEK_SET);
-    for (;;) {
-        const ssize_t count = ::read(fd, buffer, sizeof buffer);
-        if (count <= 0)
-            break;
-        table.append(buffer, count);
-    }
-    return table;
-}
-
-} // namespace
 
 QList<MountEntry> ParseMountInfo(const QByteArray &table) {
     QList<MountEntry> entries;

@@ -20,6 +20,8 @@ struct MountEntry {
 };
 
 QList<MountEntry> ParseMountInfo(const QByteArray &table);
+// A field of the table: space, tab, newline and backslash come as three octal digits.
+QByteArray DecodeOctalEscapes(const QByteArray &field);
 
 class MountInfoWatcher final : public QObject, public Mounts {
 public:

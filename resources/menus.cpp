@@ -42,15 +42,16 @@ MenuID GetMenuID(const QMenu *menu) {
 void LoadCommandMenus() {
     if (applicationCommandsMenu != nullptr)
         return;
-    // The order is the item numbering: Quit stays the last item.
+    // The order is the item numbering: Quit stays the last item. Each item's
+    // letter chooses it from the keyboard.
     applicationCommandsMenu = NewCommandMenu(kApplicationCommandsMenuID, Text("Kestrel Menu"),
-                                             {QT_TRANSLATE_NOOP("Menus", "About Kestrel Menu"),
-                                              QT_TRANSLATE_NOOP("Menus", "Preferences…"),
-                                              QT_TRANSLATE_NOOP("Menus", "Quit Kestrel Menu")});
+                                             {QT_TRANSLATE_NOOP("Menus", "&About Kestrel Menu"),
+                                              QT_TRANSLATE_NOOP("Menus", "&Preferences…"),
+                                              QT_TRANSLATE_NOOP("Menus", "&Quit Kestrel Menu")});
     folderCommandsMenu = NewCommandMenu(kFolderCommandsMenuID, Text("This Folder"),
-                                        {QT_TRANSLATE_NOOP("Menus", "Add an Item…"),
-                                         QT_TRANSLATE_NOOP("Menus", "Open This Folder"),
-                                         QT_TRANSLATE_NOOP("Menus", "Choose Another Folder…")});
+                                        {QT_TRANSLATE_NOOP("Menus", "&Add an Item…"),
+                                         QT_TRANSLATE_NOOP("Menus", "&Open This Folder"),
+                                         QT_TRANSLATE_NOOP("Menus", "&Choose Another Folder…")});
     qAddPostRoutine(UnloadCommandMenus);
 }
 
@@ -61,16 +62,22 @@ QMenu *FolderCommandsMenu() {
     return folderCommandsMenu;
 }
 
-QMenu *NewMenuFromTemplate161() {
+void LoadMenuTemplate161(QMenu *menu) {
     LoadCommandMenus();
-    auto *menu = new QMenu;
     SetMenuID(menu, kRootMenuTemplateID);
     menu->addSeparator();
     menu->addAction(Text("This Folder"))->setMenu(folderCommandsMenu);
     menu->addAction(Text("Kestrel Menu"))->setMenu(applicationCommandsMenu);
-    return menu;
 }
 
 QString EmptyFolderText() {
     return Text("(empty)");
+}
+
+QString LoadingFolderText() {
+    return Text("Loading…");
+}
+
+QString NoMatchingItemsText() {
+    return Text("No matching items");
 }

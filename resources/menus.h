@@ -36,10 +36,14 @@ void LoadCommandMenus();
 QMenu *ApplicationCommandsMenu(); // null before LoadCommandMenus
 QMenu *FolderCommandsMenu();      // null before LoadCommandMenus
 
-// A new root menu (ID 161) holding only its own items: a separator and the two
-// items that lead to the command menus. Folder items are inserted above them.
-// The caller owns the menu. Loads the command menus if needed.
-QMenu *NewMenuFromTemplate161();
+// Makes `menu` a root menu (ID 161) with its own items: a separator and the
+// two items that lead to the command menus. Folder items go above them.
+// Loads the command menus if needed.
+void LoadMenuTemplate161(QMenu *menu);
 
 // The text of the single item of a menu whose folder shows nothing.
 QString EmptyFolderText();
+// The text of the single item of a menu whose folder is still being read.
+QString LoadingFolderText();
+// What a menu shows when nothing matches the text typed into it.
+QString NoMatchingItemsText();

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Measures the running program on a private desktop (Xvfb, openbox, a session
 # bus offering a file manager): time from start to the title shown, idle CPU
-# over 60 seconds with the pointer away from the titles, and resident memory.
+# over 60 seconds with the pointer away from the titles, resident memory, and,
+# from outside, the first click on a title whose folder holds 1,000 to 50,000
+# entries until its menu is on screen.
 #   scripts/bench-titles.sh BUILD-FOLDER [IDLE-SECONDS]
 set -uo pipefail
 
@@ -84,3 +86,36 @@ after=$(ran)
 awk -v ns=$(( after - before )) -v s="$idle" \
     'BEGIN { printf "idle CPU over %d s with the pointer away: %.4f%% of one core (%.1f ms)\n", s, 100 * ns / 1e9 / s, ns / 1e6 }'
 echo "resident memory: $(awk '/^VmRSS/ {printf "%.1f MB", $2 / 1024}' "/proc/$app/status")"
+
+# The first click, from outside: a menu folder that holds `entries` files,
+# from the press on the title (xdotool) until the menu's window is mapped.
+kill $app; wait $app 2>/dev/null
+# Menus are the program's untitled windows (no WM_NAME); titles carry a name.
+menus_mapped() { xdotool search --onlyvisible --name '^$' 2>/dev/null | wc -l; }
+first_click() { # ENTRIES RUN: appends the time in ms to `clicks`
+    local home=$work/click$1-$2
+    export HOME=$home XDG_CONFIG_HOME=$home/.config XDG_RUNTIME_DIR=$work/clickrun$1-$2
+    mkdir -p "$HOME" "$XDG_RUNTIME_DIR"; chmod 700 "$XDG_RUNTIME_DIR"
+    "$program" 2>/dev/null &
+    app=$!
+    pids+=($app)
+    until title_shown; do sleep 0.01; done
+    # The first run made the menu folder; its menu is built at the first click.
+    (cd "$HOME/.config/Kestrel Menu Items" && seq -f 'Item %.0f.txt' 1 "$1" | xargs -d '\n' touch)
+    xdotool mousemove 20 10
+    sleep 0.5
+    # Timed from the press (the title answers it); a poll takes a few ms.
+    local before=$(menus_mapped) start=$(date +%s%N) deadline=$(( $(date +%s) + 10 ))
+    xdotool mousedown 1
+    until [ "$(menus_mapped)" -gt "$before" ] || [ "$(date +%s)" -gt $deadline ]; do :; done
+    clicks+=($(( ($(date +%s%N) - start) / 1000000 )))
+    xdotool mouseup 1 key Escape
+    kill $app; wait $app 2>/dev/null
+    rm -rf "$home"
+}
+for entries in 1000 10000 50000; do
+    clicks=()
+    for run in 1 2 3; do first_click $entries $run; done
+    sorted=($(printf '%s\n' "${clicks[@]}" | sort -n))
+    echo "first click from outside, $entries entries: median ${sorted[1]} ms (runs: ${clicks[*]} ms)"
+done

@@ -28,32 +28,48 @@ out.append(f"Measured on {today} by `make bench` (Release build) on {platform.ma
 menus = load("foldermenu_bench")
 if menus:
     ctx = menus["context"]
+    marks = menus["benchmarks"]
+
+    def rows(prefix):
+        return [b for b in marks if b["name"].startswith(prefix)]
+
+    def ok(value, target):
+        return "yes" if value <= target else "**no**"
+
     out.append("## Folder menus\n")
-    out.append(f"Icon theme {ctx.get('icon theme', '?')}, Qt platform {ctx.get('platform', '?')}. "
-               "The floors are what a menu of that size cannot avoid: reading the folder "
-               "(readdir + lstat) and showing a bare menu of as many fixed texts. Target: the "
-               "root menu within 1.3x the floors' sum.\n")
-    out.append("| entries | read floor ms | bare menu floor ms | floors ms | root menu ms | ratio |")
-    out.append("|---:|---:|---:|---:|---:|---:|")
-    for b in menus["benchmarks"]:
-        if b["name"].startswith("BM_RootMenu/"):
-            out.append(f"| {arg(b)} | {b['read_ms']:.2f} | {b['bare_menu_ms']:.2f} | "
-                       f"{b['floors_ms']:.2f} | {b['menu_ms']:.2f} | {b['ratio']:.2f} |")
-    out.append("\nIcons per entry (target: under 0.5 µs amortised, the cache kept per type):\n")
-    out.append("| entries | empty cache µs/entry | kept cache µs/entry |")
-    out.append("|---:|---:|---:|")
-    icons = {}
-    for b in menus["benchmarks"]:
-        if b["name"].startswith("BM_MenuIcons/"):
-            icons.setdefault(arg(b, 0), {})[arg(b, 1)] = b["us_per_entry"]
-    for entries, row in icons.items():
-        out.append(f"| {entries} | {row.get('1', float('nan')):.3f} | {row.get('0', float('nan')):.3f} |")
-    out.append("\nSubmenus (target: 100 entries within 16 ms):\n")
-    out.append("| entries | opening ms |")
-    out.append("|---:|---:|")
-    for b in menus["benchmarks"]:
-        if b["name"].startswith("BM_SubmenuOpen/"):
-            out.append(f"| {arg(b)} | {b['open_ms']:.2f} |")
+    out.append(f"Icon theme {ctx.get('icon theme', '?')}, Qt platform {ctx.get('platform', '?')}, "
+               f"style {ctx.get('style', '?')}. Timed from the click until the menu is painted "
+               "with its items. The floors are what a menu of that size cannot avoid: reading "
+               "the folder (readdir + lstat) and showing one screenful of a bare `QMenu`. "
+               "Targets: within 1.2x the floors' sum at every size; 10,000 entries in 40 ms, "
+               "50,000 in 120 ms.\n")
+    out.append("| entries | read floor ms | screenful floor ms | floors ms | root menu ms | ratio "
+               "| cached ms | submenu ms | ratio | met |")
+    out.append("|---:|---:|---:|---:|---:|---:|---:|---:|---:|:---:|")
+    submenus = {arg(b): b for b in rows("BM_Submenu/")}
+    for b in rows("BM_RootMenu/"):
+        n = arg(b)
+        sub = submenus.get(n)
+        absolute = {"10000": 40, "50000": 120}.get(n, float("inf"))
+        met = (b["ratio"] <= 1.2 and b["menu_ms"] <= absolute and
+               (sub is None or (sub["ratio"] <= 1.2 and sub["menu_ms"] <= absolute)))
+        out.append(f"| {n} | {b['read_ms']:.1f} | {b['bare_menu_ms']:.1f} | {b['floors_ms']:.1f} | "
+                   f"{b['menu_ms']:.1f} | {b['ratio']:.2f} | {b['cached_ms']:.1f} | "
+                   + (f"{sub['menu_ms']:.1f} | {sub['ratio']:.2f} |" if sub else "– | – |")
+                   + (" yes |" if met else " **no** |"))
+    for b in rows("BM_FilterKeystroke/"):
+        out.append(f"\nOne filter keystroke in a menu of {arg(b)} entries, until painted "
+                   f"(target 16 ms): the first {b['first_key_ms']:.1f} ms (the names folded "
+                   f"afresh), the next {b['next_key_ms']:.1f} ms "
+                   f"({ok(max(b['first_key_ms'], b['next_key_ms']), 16)}).")
+    for b in rows("BM_OpenMenuMemory/"):
+        out.append(f"\nAn open menu of {arg(b)} entries holds {b['resident_mb']:.1f} MB resident "
+                   f"({b['heap_mb']:.1f} MB of heap) above the program before it opened "
+                   f"(target 60 MB: {ok(b['resident_mb'], 60)}).")
+    for b in rows("BM_ClickCycles"):
+        out.append(f"\n1,000 clicks, each into a submenu and out again: the live heap grew by "
+                   f"{b['heap_growth_kb']:.1f} KB (target 100 KB: {ok(b['heap_growth_kb'], 100)}); "
+                   f"{b['ms_per_click']:.1f} ms per click.")
     out.append("")
 
 prefs = load("prefsfile_bench")
@@ -71,7 +87,9 @@ if program.exists():
     out.append("## The running program\n")
     out.append("Under Xvfb with openbox and a session bus. Targets: start-up to the title shown "
                "within 150 ms; idle at most 0.02% of one core over 60 s with the pointer away; "
-               "at most 30 MB resident.\n")
+               "at most 30 MB resident; the first click on a title, from the press until its "
+               "menu is mapped, within 1.5x of a list view that draws only its visible rows "
+               "(35 ms at 1,000 entries, 111 ms at 10,000, 342 ms at 50,000).\n")
     for line in program.read_text().splitlines():
         out.append(f"- {line}")
     out.append("")

@@ -4,18 +4,18 @@
 #include "core/settings.h"
 #include "core/types.h"
 
+class FolderMenu;
 class QImage;
-class QMenu;
 class QWidget;
 class QFileSystemWatcher;
 
 struct ReadyMenu {
     ReadyMenu *next;
-    MenuSpec *menuSpec; // not owned: the MenuSpec list owns it
-    QMenu *cachedMenu;  // the title's root folder menu; null until first needed
-    QWidget *window;    // the title window; owned
-    Rect titleRect;     // window-local; a left-hand title's area starts 10 pixels in
-    bool hoverHidden;   // hidden by the hover rule at the last timer tick
+    MenuSpec *menuSpec;     // not owned: the MenuSpec list owns it
+    FolderMenu *cachedMenu; // the title's root folder menu; null until first needed
+    QWidget *window;        // the title window; owned
+    Rect titleRect;         // window-local; a left-hand title's area starts 10 pixels in
+    bool hoverHidden;       // hidden by the hover rule at the last timer tick
     QFileSystemWatcher *folderSubscription; // watches the folder of cachedMenu
 };
 

@@ -71,7 +71,7 @@ protected:
         titles = Windows();
 
         // The first run's links give way to these items, in this order.
-        for (const char *name : {"File System", "applications", "home"})
+        for (const char *name : {"File System", "Applications", "home"})
             ::unlink((menu + name).constData());
         ::symlink((menu + "Docs/missing/../secret.txt").constData(), (menu + "broken").constData());
         WriteFile(menu + "Docs/secret.txt", "secret\n");

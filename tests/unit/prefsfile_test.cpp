@@ -84,7 +84,7 @@ TEST_F(PrefsFileTest, NoFileIsAFirstRunMenuFolderTwoMenusAndALoginItem) {
     WriteFile(menuFolder() + "/notes.txt", "keep me");
     ASSERT_EQ(::symlink("/elsewhere", (menuFolder() + "/home").constData()), 0);
     ASSERT_EQ(LoadPreferences(), noErr);
-    EXPECT_EQ(links(), QStringLiteral("File System>/ applications>/usr/share/applications "
+    EXPECT_EQ(links(), QStringLiteral("Applications>/usr/share/applications File System>/ "
                                       "home>/elsewhere home (2)>%1 notes.txt>")
                            .arg(QFile::decodeName(env.home())));
 

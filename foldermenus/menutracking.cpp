@@ -1,0 +1,131 @@
+#include "foldermenus/menutracking.h"
+
+#include "foldermenus/buildsubmenu.h"
+#include "foldermenus/foldermenu.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QEventLoop>
+#include <QKeyEvent>
+#include <QLoggingCategory>
+#include <QMouseEvent>
+
+#include <vector>
+
+Q_LOGGING_CATEGORY(lcMenuChoice, "kestrel.menus", QtWarningMsg)
+
+namespace {
+
+// The newest open folder menu of the click under a global point.
+FolderMenu *FolderMenuAt(QPoint global) {
+    for (int depth = kDepthMenuCount - 1; depth >= 0; --depth) {
+        FolderMenu *menu = subMenuRef[depth];
+        if (menu != nullptr && menu->isVisible() && menu->geometry().contains(global))
+            return menu;
+    }
+    return nullptr;
+}
+
+class CommandMenuWatch final : public QObject {
+public:
+    CommandMenuWatch(FolderMenu *root, QPoint where) : root_(root), openedAt_(where) {
+        for (QMenu *menu : {ApplicationCommandsMenu(), FolderCommandsMenu()}) {
+            if (menu != nullptr)
+                menu->installEventFilter(this);
+        }
+    }
+    ~CommandMenuWatch() override {
+        for (QMenu *menu : {ApplicationCommandsMenu(), FolderCommandsMenu()}) {
+            if (menu != nullptr)
+                menu->removeEventFilter(this);
+        }
+    }
+    CommandMenuWatch(const CommandMenuWatch &) = delete;
+    CommandMenuWatch &operator=(const CommandMenuWatch &) = delete;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override {
+        auto *menu = static_cast<QMenu *>(watched);
+        switch (event->type()) {
+        case QEvent::Show:
+            qCDebug(lcMenuChoice, "menu %d shown: %d items", int(GetMenuID(menu)),
+                    int(menu->actions().size()));
+            return false;
+        case QEvent::KeyPress:
+            return keyPressed(menu, static_cast<QKeyEvent *>(event)->key());
+        case QEvent::MouseMove:
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+            return mouse(menu, static_cast<QMouseEvent *>(event));
+        default:
+            return false;
+        }
+    }
+
+private:
+    static bool keyPressed(QMenu *menu, int key) {
+        if (key == Qt::Key_Left)
+            menu->close(); // back to the folder menu it came from
+        return key == Qt::Key_Left || IsKeyHeldWhileChoosing(key);
+    }
+
+    bool mouse(QMenu *menu, QMouseEvent *event) {
+        const QPoint global = event->globalPosition().toPoint();
+        if (menu->geometry().contains(global))
+            return false;
+        if (FolderMenu *under = FolderMenuAt(global)) {
+            const QPointF local = under->mapFromGlobal(event->globalPosition());
+            QMouseEvent passed(event->type(), local, local, event->globalPosition(),
+                               event->button(), event->buttons(), event->modifiers(),
+                               event->pointingDevice());
+            QCoreApplication::sendEvent(under, &passed);
+            return true;
+        }
+        if (event->type() == QEvent::MouseButtonRelease &&
+            (global - openedAt_).manhattanLength() >= QApplication::startDragDistance()) {
+            qCDebug(lcMenuChoice, "released outside the menus");
+            root_->closeAll();
+            return true;
+        }
+        return false;
+    }
+
+    FolderMenu *root_;
+    QPoint openedAt_;
+};
+
+} // namespace
+
+MenuSelection PopUpFolderMenu(FolderMenu *rootMenu, QPoint where) {
+    MenuSelection selection;
+    std::vector<QMetaObject::Connection> connections;
+    for (int depth = 0; depth < kDepthMenuCount; ++depth) {
+        FolderMenu *menu = subMenuRef[depth];
+        if (menu == nullptr)
+            continue;
+        connections.push_back(QObject::connect(menu, &FolderMenu::itemChosen, [&, menu](int item) {
+            qCDebug(lcMenuChoice, "item chosen in the menu: %s", qPrintable(menu->itemText(item)));
+            selection = {GetMenuID(menu), std::uint16_t(item)};
+        }));
+    }
+    for (QMenu *commands : {ApplicationCommandsMenu(), FolderCommandsMenu()}) {
+        if (commands == nullptr)
+            continue;
+        connections.push_back(
+            QObject::connect(commands, &QMenu::triggered, [&, commands](QAction *action) {
+                selection = {GetMenuID(commands),
+                             std::uint16_t(commands->actions().indexOf(action) + 1)};
+                rootMenu->closeAll();
+            }));
+    }
+    const CommandMenuWatch watch(rootMenu, QCursor::pos());
+    QEventLoop loop;
+    connections.push_back(
+        QObject::connect(rootMenu, &QMenu::aboutToHide, &loop, &QEventLoop::quit));
+    rootMenu->openAt(where);
+    if (rootMenu->isVisible())
+        loop.exec();
+    for (const QMetaObject::Connection &connection : connections)
+        QObject::disconnect(connection);
+    return selection;
+}
