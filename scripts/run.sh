@@ -161,7 +161,7 @@ shots() { # shots SUFFIX: the title, a menu and submenu, the commands, the prefe
     shot "menu$s" "an open menu and submenu" -window root -crop 720x420+0+0
     xdotool key Escape Escape Escape; sleep 0.5
     menu Up Right
-    shot "commands$s" "the program's commands" -window root -crop 480x260+0+0
+    shot "commands$s" "the program's commands" -window root -crop 480x300+0+0
     xdotool key Down Return
     dialog '^Kestrel Menu Preferences$' "preferences$s" "the preferences"
     menu Up Right Return
