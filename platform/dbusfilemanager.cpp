@@ -145,10 +145,6 @@ bool DeleteRecursively(GFile *item, GError **error) {
 
 } // namespace
 
-QByteArray FileUriFromPath(const QByteArray &path) {
-    return "file://" + path.toPercentEncoding("/");
-}
-
 DBusFileManager::DBusFileManager(QDBusConnection connection)
     : connection_(std::move(connection)),
       watcher_(ServiceName(), connection_, QDBusServiceWatcher::WatchForOwnerChange) {
@@ -329,6 +325,16 @@ OSErr DBusFileManager::moveInto(const QByteArray &item, const QByteArray &folder
     if (!CopyRecursively(source.get(), destination.get(), &error))
         return StatusOf(error);
     if (!DeleteRecursively(source.get(), &error))
+        return StatusOf(error);
+    return noErr;
+}
+
+OSErr DBusFileManager::moveToTrash(const QByteArray &item) {
+    GObjectPtr<GFile> file(g_file_new_for_path(item.constData()));
+    GError *error = nullptr;
+    // GIO keeps the trash of the freedesktop specification: the item and a
+    // .trashinfo that says where it came from.
+    if (!g_file_trash(file.get(), nullptr, &error))
         return StatusOf(error);
     return noErr;
 }
