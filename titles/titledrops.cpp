@@ -12,6 +12,7 @@
 #include <QRegion>
 #include <QSysInfo>
 
+#include <algorithm>
 #include <optional>
 
 Q_LOGGING_CATEGORY(lcDrops, "kestrel.drops", QtWarningMsg)
@@ -86,31 +87,37 @@ OSErr MenuDragReceiveHandler(QWidget *, ReadyMenu *title, const Drag &drag) {
 }
 
 bool CheckDragAcceptable(const ReadyMenu *title, const Drag &drag) {
-    if (title == nullptr || title->menuSpec->contents != kContentsFolder)
-        return false;
     // No items at all: acceptable, and the drop does nothing.
-    for (const DragItem &item : drag.items) {
-        if (item.flavors.empty() || FindFlavor(item, kDragFlavorTypeHFS) == nullptr)
-            return false;
-    }
-    return true;
+    return title != nullptr && title->menuSpec->contents == kContentsFolder &&
+           DragHoldsOnlyLocalFiles(drag);
 }
 
 OSErr AcceptDrag(ReadyMenu *title, const Drag &drag) {
     if (title == nullptr)
         return paramErr;
+    if (title->menuSpec->contents != kContentsFolder)
+        return DragHoldsOnlyLocalFiles(drag) ? OSErr(noErr) : OSErr(badDragFlavorErr);
+    // The next opening of the menu lists each new link.
+    return LinkDroppedItems(title->menuSpec->folder, drag,
+                            [title] { DestroyFolderCachedMenu(title); });
+}
+
+bool DragHoldsOnlyLocalFiles(const Drag &drag) {
+    return std::all_of(drag.items.begin(), drag.items.end(), [](const DragItem &item) {
+        return FindFlavor(item, kDragFlavorTypeHFS) != nullptr;
+    });
+}
+
+OSErr LinkDroppedItems(const FSSpec &folder, const Drag &drag,
+                       const std::function<void()> &linked) {
     for (const DragItem &item : drag.items) {
         const DragFlavor *flavor = FindFlavor(item, kDragFlavorTypeHFS);
         if (flavor == nullptr)
             return badDragFlavorErr;
         const FSSpec spec{flavor->data};
-        if (title->menuSpec->contents == kContentsFolder) {
-            const OSErr err = CreateAlias(&spec, &title->menuSpec->folder);
-            if (err != noErr)
-                return err;
-            // The next opening of the menu lists the new link.
-            DestroyFolderCachedMenu(title);
-        }
+        if (const OSErr err = CreateAlias(&spec, &folder); err != noErr)
+            return err;
+        linked();
     }
     return noErr;
 }

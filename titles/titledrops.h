@@ -6,11 +6,13 @@
 // drag events on as tracking messages.
 #pragma once
 
+#include "core/settings.h"
 #include "core/types.h"
 
 #include <QByteArray>
 #include <Qt>
 
+#include <functional>
 #include <vector>
 
 class QDragEnterEvent;
@@ -65,6 +67,14 @@ bool CheckDragAcceptable(const ReadyMenu *title, const Drag &drag);
 // cached menu after each. Stops at the first failure and returns its status;
 // the links made before it stay.
 OSErr AcceptDrag(ReadyMenu *title, const Drag &drag);
+
+// Whether every item of the drag is a local file or folder (true for none).
+bool DragHoldsOnlyLocalFiles(const Drag &drag);
+// What a drop on a title and on a folder item of a menu both do: every item
+// becomes a link in `folder`, in order, and `linked` is called after each.
+// Stops at the first failure (badDragFlavorErr for an item that is not a
+// local file) and returns its status; the links made before it stay.
+OSErr LinkDroppedItems(const FSSpec &folder, const Drag &drag, const std::function<void()> &linked);
 
 // The drag that `data` describes. A URI list gives one item per address (a
 // local file's address also gives its path); without one the drag is a
