@@ -90,7 +90,8 @@ bool IsLauncherEntry(const QByteArray &path) {
     if (!path.endsWith(".desktop"))
         return false;
     const auto entry = DesktopEntry::read(path);
-    const QString type = entry ? entry->value(QStringLiteral("Type")).value_or(QString()) : QString();
+    const QString type =
+        entry ? entry->value(QStringLiteral("Type")).value_or(QString()) : QString();
     return type == QLatin1String("Application") || type == QLatin1String("Link");
 }
 

@@ -173,6 +173,7 @@ void FolderMenu::hideEvent(QHideEvent *event) {
         clearFilter();
     current_ = -1;
     dropRow_ = -1;
+    hasDrag_ = false;
     if (FolderMenu *parent = parentMenu_) {
         parentMenu_ = nullptr;
         parent->childClosed(this);

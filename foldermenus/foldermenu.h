@@ -67,6 +67,8 @@ public:
     // whether the drop was taken. Without one the menu takes no drops.
     using DropHandler = std::function<OSErr(int item, const QMimeData *data)>;
     void setDropHandler(DropHandler handler);
+    // Whether a drag the menu takes is over it now.
+    bool hasDrag() const { return hasDrag_; }
 
 Q_SIGNALS:
     // A folder item was chosen (released on, or Return or Space): a file, or a
@@ -221,6 +223,7 @@ private:
     int scrollDirection_ = 0;
     DropHandler dropHandler_;
     int dropRow_ = -1; // the folder item a drag is over
+    bool hasDrag_ = false;
 
     class FolderMenuAccessible *accessible_ = nullptr; // while a screen reader looks
 

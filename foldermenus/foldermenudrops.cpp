@@ -1,13 +1,18 @@
 // Files dragged over a folder menu: a folder item under them is highlighted,
 // and dropped there they go to the menu's drop handler. The menu takes them
-// as a title does: local files only, a copy or a link, never a move.
+// as a title does: local files only, a copy or a link, never a move. The
+// drag may be one out of the menus themselves, or one from another program
+// that rested on the title until its menu opened.
 #include "foldermenus/foldermenu.h"
 
 #include "foldermenus/foldermenumodel.h"
 #include "titles/titledrops.h"
 
 #include <QDropEvent>
+#include <QLoggingCategory>
 #include <QMimeData>
+
+Q_DECLARE_LOGGING_CATEGORY(lcMenuChoice)
 
 void FolderMenu::setDropHandler(DropHandler handler) {
     dropHandler_ = std::move(handler);
@@ -31,6 +36,8 @@ void FolderMenu::setDropRow(int row) {
         return;
     dropRow_ = row;
     update(); // the highlight moves from the current item to the drop's, or back
+    if (row >= 0)
+        qCDebug(lcMenuChoice, "files over %s", qPrintable(itemText(rows_[std::size_t(row)] + 1)));
 }
 
 void FolderMenu::dragEnterEvent(QDragEnterEvent *event) {
@@ -41,6 +48,7 @@ void FolderMenu::dragEnterEvent(QDragEnterEvent *event) {
     // here; each move says whether a drop there would be taken.
     ensureLayout();
     setDropRow(dropRowAt(event->position().toPoint(), event->mimeData(), event->possibleActions()));
+    hasDrag_ = true;
     event->setDropAction(action);
     event->accept();
 }
@@ -60,14 +68,16 @@ void FolderMenu::dragMoveEvent(QDragMoveEvent *event) {
 
 void FolderMenu::dragLeaveEvent(QDragLeaveEvent *event) {
     setDropRow(-1);
+    hasDrag_ = false;
     event->accept();
 }
 
 void FolderMenu::dropEvent(QDropEvent *event) {
     ensureLayout();
-    const int row = dropRowAt(event->position().toPoint(), event->mimeData(),
-                              event->possibleActions());
+    const int row =
+        dropRowAt(event->position().toPoint(), event->mimeData(), event->possibleActions());
     setDropRow(-1);
+    hasDrag_ = false;
     if (row < 0 || dropHandler_(rows_[std::size_t(row)] + 1, event->mimeData()) != noErr) {
         event->ignore();
         return;

@@ -27,10 +27,11 @@ void FillOpenWith(QMenu *menu, const MenuItemFiles &files,
     const QString type = files.isFolder ? QStringLiteral("inode/directory")
                                         : launcher.fileType(files.path).contentType;
     const QList<platform::ApplicationInfo> applications =
-        type.isEmpty() ? QList<platform::ApplicationInfo>() : launcher.applicationsFor(type, nullptr);
+        type.isEmpty() ? QList<platform::ApplicationInfo>()
+                       : launcher.applicationsFor(type, nullptr);
     for (const platform::ApplicationInfo &application : applications) {
-        QAction *action = menu->addAction(QIcon::fromTheme(application.iconName),
-                                          MenuText(application.name));
+        QAction *action =
+            menu->addAction(QIcon::fromTheme(application.iconName), MenuText(application.name));
         QObject::connect(action, &QAction::triggered, menu, [chosen, id = application.id] {
             chosen({ItemCommand::OpenWith, id});
         });
@@ -38,7 +39,9 @@ void FillOpenWith(QMenu *menu, const MenuItemFiles &files,
     if (!applications.isEmpty())
         menu->addSeparator();
     QObject::connect(menu->addAction(Tr("&Other Application…")), &QAction::triggered, menu,
-                     [chosen] { chosen({ItemCommand::OpenWithOther, {}}); });
+                     [chosen] {
+                         chosen({ItemCommand::OpenWithOther, {}});
+                     });
 }
 
 } // namespace
@@ -67,8 +70,8 @@ QMenu *NewItemContextMenu(const MenuItemFiles &files,
         {ItemCommand::OpenWith, QT_TRANSLATE_NOOP("ItemMenu", "Open &With"), nullptr, false},
         {ItemCommand::OpenInTerminal, QT_TRANSLATE_NOOP("ItemMenu", "Open in &Terminal"),
          "utilities-terminal", false},
-        {ItemCommand::ShowInFolder, QT_TRANSLATE_NOOP("ItemMenu", "Show in &Folder"),
-         "folder-open", true},
+        {ItemCommand::ShowInFolder, QT_TRANSLATE_NOOP("ItemMenu", "Show in &Folder"), "folder-open",
+         true},
         {ItemCommand::Properties, QT_TRANSLATE_NOOP("ItemMenu", "P&roperties"),
          "document-properties", false},
         {ItemCommand::CopyPath, QT_TRANSLATE_NOOP("ItemMenu", "&Copy Path"), "edit-copy", true},
@@ -93,8 +96,9 @@ QMenu *NewItemContextMenu(const MenuItemFiles &files,
         }
         QAction *action =
             menu->addAction(QIcon::fromTheme(QLatin1String(entry.icon)), Tr(entry.text));
-        QObject::connect(action, &QAction::triggered, menu,
-                         [chosen, command = entry.command] { chosen({command, {}}); });
+        QObject::connect(action, &QAction::triggered, menu, [chosen, command = entry.command] {
+            chosen({command, {}});
+        });
     }
     return menu;
 }

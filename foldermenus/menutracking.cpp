@@ -14,7 +14,9 @@
 #include <QKeyEvent>
 #include <QLoggingCategory>
 #include <QMouseEvent>
+#include <QTimer>
 
+#include <algorithm>
 #include <vector>
 
 Q_LOGGING_CATEGORY(lcMenuChoice, "kestrel.menus", QtWarningMsg)
@@ -172,6 +174,22 @@ MenuSelection PopUpFolderMenu(FolderMenu *rootMenu, QPoint where, bool forKeyboa
             }));
     }
     const CommandMenuWatch watch(rootMenu, QCursor::pos());
+    // Menus a drag opened have no pointer of their own while it lasts: they
+    // close once it has been over neither them nor a title for two looks.
+    QTimer dragGone;
+    int looksWithoutDrag = 0;
+    QObject::connect(&dragGone, &QTimer::timeout, [&] {
+        const bool over =
+            DragIsOverATitle() || std::any_of(std::begin(subMenuRef), std::end(subMenuRef),
+                                              [](const QPointer<FolderMenu> &menu) {
+                                                  return menu != nullptr && menu->hasDrag();
+                                              });
+        looksWithoutDrag = over ? 0 : looksWithoutDrag + 1;
+        if (looksWithoutDrag >= 2)
+            rootMenu->closeAll();
+    });
+    if (menuOpenedByDrag)
+        dragGone.start(250);
     QEventLoop loop;
     connections.push_back(
         QObject::connect(rootMenu, &QMenu::aboutToHide, &loop, &QEventLoop::quit));

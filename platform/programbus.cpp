@@ -54,7 +54,8 @@ ProgramBus::ProgramBus(std::function<bool(std::uint32_t)> popUpMenu, QDBusConnec
 
 ProgramBus::~ProgramBus() {
     connection_.unregisterObject(QLatin1String(kProgramPath));
-    connection_.send(BusDaemonCall(QStringLiteral("ReleaseName"), {QLatin1String(kProgramService)}));
+    connection_.send(
+        BusDaemonCall(QStringLiteral("ReleaseName"), {QLatin1String(kProgramService)}));
 }
 
 void ProgramBus::PopUpMenu(uint title) {
@@ -73,9 +74,9 @@ OSErr AskRunningCopyToPopUpMenu(int timeoutMs) {
             return connectionInvalid;
         QThread::msleep(50);
     }
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(QLatin1String(kProgramService), QLatin1String(kProgramPath),
-                                       QLatin1String(kProgramInterface), QStringLiteral("PopUpMenu"));
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QLatin1String(kProgramService), QLatin1String(kProgramPath),
+        QLatin1String(kProgramInterface), QStringLiteral("PopUpMenu"));
     call << uint(1);
     const QDBusMessage reply =
         bus.call(call, QDBus::Block, int(qMax<qint64>(1, deadline.remainingTime())));

@@ -101,7 +101,8 @@ QList<QByteArray> XfceTerminal() {
     for (const gchar *const *dir = g_get_system_data_dirs(); *dir != nullptr; ++dir)
         folders.emplace_back(*dir);
     for (const QByteArray &folder : folders) {
-        const auto entry = DesktopEntry::read(JoinPath(folder, "xfce4/helpers/" + helper + ".desktop"));
+        const auto entry =
+            DesktopEntry::read(JoinPath(folder, "xfce4/helpers/" + helper + ".desktop"));
         if (!entry)
             continue;
         for (const char *key : {"X-XFCE-Binaries", "X-XFCE-Commands"}) {

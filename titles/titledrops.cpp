@@ -4,26 +4,51 @@
 #include "finder/alias.h"
 #include "foldermenus/foldercache.h"
 #include "titles/readymenu.h"
+#include "titles/titleevents.h"
 #include "titles/titlewindow.h"
 
 #include <QDropEvent>
 #include <QLoggingCategory>
 #include <QMimeData>
+#include <QPointer>
 #include <QRegion>
 #include <QSysInfo>
+#include <QTimer>
 
 #include <algorithm>
 #include <optional>
 
 Q_LOGGING_CATEGORY(lcDrops, "kestrel.drops", QtWarningMsg)
 
+bool menuOpenedByDrag = false;
+
 namespace {
 
 const QString kUriListFormat = QStringLiteral("text/uri-list");
 
+QString TitlePlace(const QWidget *window) {
+    return QStringLiteral("%1,%2").arg(window->x()).arg(window->y());
+}
+
 // The drag over a title window, as read when it came in. Only one drag runs
 // at a time; the drop reads the data afresh.
 std::optional<Drag> draggedOver;
+// The title window an acceptable drag is over.
+QPointer<QWidget> dragOverTitle;
+// A drag resting this long on a title opens its menu, so that what it carries
+// can be dropped on a folder of that menu (as folders open under a drag in
+// file managers).
+constexpr int kSpringLoadDelayMs = 700;
+
+void OpenMenuUnderDrag(QWidget *window) {
+    ReadyMenu *title = FindReadyMenu(window);
+    if (dragOverTitle != window || title == nullptr || pulledReadyMenu != nullptr)
+        return;
+    qCDebug(lcDrops, "drag rests on title at %s: its menu opens", qPrintable(TitlePlace(window)));
+    menuOpenedByDrag = true;
+    SelectReadyMenu(title, false);
+    menuOpenedByDrag = false;
+}
 
 // Draws the drop highlight inside `region` of the window.
 void ShowDragHilite(QWidget *window, const QRegion &region) {
@@ -60,10 +85,6 @@ QList<QByteArray> UriListEntries(const QByteArray &list) {
             entries.append(line);
     }
     return entries;
-}
-
-QString TitlePlace(const QWidget *window) {
-    return QStringLiteral("%1,%2").arg(window->x()).arg(window->y());
 }
 
 } // namespace
@@ -175,6 +196,10 @@ Drag DragFromMimeData(const QMimeData *data) {
     return drag;
 }
 
+bool DragIsOverATitle() {
+    return dragOverTitle != nullptr;
+}
+
 Qt::DropAction ChooseDropAction(Qt::DropActions possible) {
     if (possible & Qt::LinkAction)
         return Qt::LinkAction;
@@ -202,6 +227,10 @@ void TitleDragEnterEvent(QWidget *window, QDragEnterEvent *event) {
     // Taken in, so that the moves come here; each move says whether a drop would be taken.
     event->setDropAction(action);
     event->accept();
+    if (CheckDragAcceptable(title, *draggedOver)) {
+        dragOverTitle = window;
+        QTimer::singleShot(kSpringLoadDelayMs, window, [window] { OpenMenuUnderDrag(window); });
+    }
 }
 
 void TitleDragMoveEvent(QWidget *window, QDragMoveEvent *event) {
@@ -221,6 +250,7 @@ void TitleDragMoveEvent(QWidget *window, QDragMoveEvent *event) {
 void TitleDragLeaveEvent(QWidget *window, QDragLeaveEvent *event) {
     const Drag drag = draggedOver.value_or(Drag());
     draggedOver.reset();
+    dragOverTitle = nullptr;
     ReadyMenu *title = FindReadyMenu(window);
     MenuDragTrackHandler(kDragTrackingLeaveWindow, window, title, drag);
     MenuDragTrackHandler(kDragTrackingLeaveHandler, window, title, drag);
@@ -229,6 +259,7 @@ void TitleDragLeaveEvent(QWidget *window, QDragLeaveEvent *event) {
 
 void TitleDropEvent(QWidget *window, QDropEvent *event) {
     draggedOver.reset();
+    dragOverTitle = nullptr;
     const Drag drag = DragFromMimeData(event->mimeData());
     ReadyMenu *title = FindReadyMenu(window);
     const Qt::DropAction action = ChooseDropAction(event->possibleActions());

@@ -88,7 +88,14 @@ QByteArray LocalPathFromUri(const QByteArray &uri);
 // delete its file. IgnoreAction when the source allows neither.
 Qt::DropAction ChooseDropAction(Qt::DropActions possible);
 
-// The title window's drag events, translated into the handlers' messages.
+// True while the open menu was opened by a drag resting on its title: it closes
+// once the drag is over neither the menus nor a title.
+extern bool menuOpenedByDrag;
+// Whether an acceptable drag is over a title window now.
+bool DragIsOverATitle();
+
+// The title window's drag events, translated into the handlers' messages. A
+// drag that rests on a title opens its menu.
 void TitleDragEnterEvent(QWidget *window, QDragEnterEvent *event);
 void TitleDragMoveEvent(QWidget *window, QDragMoveEvent *event);
 void TitleDragLeaveEvent(QWidget *window, QDragLeaveEvent *event);

@@ -2,7 +2,8 @@
 // panel; "normal", obeying "fullscreen" on standard input; "drag URI..." (or
 // "files"), dragging those addresses as a file manager does (copy, move or
 // link; a move proposed), printing "dropped link" or "dropped other";
-// "target", taking any drop of addresses and printing "took" and each one.
+// "target", printing "over" when addresses are dragged in and "took" and
+// the addresses when they are dropped.
 #include <QApplication>
 #include <QDrag>
 #include <QDropEvent>
@@ -23,8 +24,11 @@ public:
 
 protected:
     void dragEnterEvent(QDragEnterEvent *event) override {
-        if (event->mimeData()->hasFormat(QStringLiteral("text/uri-list")))
-            event->acceptProposedAction();
+        if (!event->mimeData()->hasFormat(QStringLiteral("text/uri-list")))
+            return;
+        std::printf("over\n");
+        std::fflush(stdout);
+        event->acceptProposedAction();
     }
     void dropEvent(QDropEvent *event) override {
         std::printf("took %s\n",
