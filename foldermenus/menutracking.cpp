@@ -118,6 +118,68 @@ OSErr DropOnFolderItem(const FSSpec &folder, const QMimeData *data) {
     return err;
 }
 
+// What a folder menu of the click does besides choosing: an item's context
+// menu (an entry taken is the click's choice), a drag out of the menus, and
+// files dropped on a folder item.
+std::vector<QMetaObject::Connection> ConnectItemActions(FolderMenu *rootMenu, FolderMenu *menu,
+                                                        MenuSelection *selection,
+                                                        QPointer<QMenu> *contextMenu) {
+    std::vector<QMetaObject::Connection> connections;
+    connections.push_back(
+        QObject::connect(menu, &FolderMenu::contextMenuRequested, [=](int item, QPoint at) {
+            const MenuItemFiles files = FolderItemFiles(menu, item);
+            if (files.path.isEmpty())
+                return;
+            *contextMenu = NewItemContextMenu(files, [=](const ItemCommandChoice &choice) {
+                *selection = {GetMenuID(menu), std::uint16_t(item), choice, files};
+                rootMenu->closeAll();
+            });
+            qCDebug(lcMenuChoice, "context menu of %s: %d entries",
+                    qPrintable(menu->itemText(item)), int((*contextMenu)->actions().size()));
+            (*contextMenu)->popup(at);
+        }));
+    connections.push_back(
+        QObject::connect(menu, &FolderMenu::dragStartRequested, [rootMenu, menu](int item) {
+            // Whatever became of the drag, the menus have done their part.
+            if (!FolderItemPath(menu, item).isEmpty()) {
+                DragItemOut(menu, item);
+                rootMenu->closeAll();
+            }
+        }));
+    menu->setDropHandler([rootMenu, menu](int item, const QMimeData *data) {
+        const OSErr err = DropOnFolderItem(FSSpec{FolderItemPath(menu, item)}, data);
+        // Not from inside the drop: the menu still answers the drag source.
+        QMetaObject::invokeMethod(rootMenu, &FolderMenu::closeAll, Qt::QueuedConnection);
+        return err;
+    });
+    return connections;
+}
+
+// Menus that a drag resting on their title opened have no pointer of their
+// own while it lasts: they close once it has been over neither them nor a
+// title for two looks.
+class DragOpenedMenusWatch final {
+public:
+    explicit DragOpenedMenusWatch(FolderMenu *rootMenu) {
+        QObject::connect(&timer_, &QTimer::timeout, [this, rootMenu] {
+            const bool over =
+                DragIsOverATitle() || std::any_of(std::begin(subMenuRef), std::end(subMenuRef),
+                                                  [](const QPointer<FolderMenu> &menu) {
+                                                      return menu != nullptr && menu->hasDrag();
+                                                  });
+            looksWithoutDrag_ = over ? 0 : looksWithoutDrag_ + 1;
+            if (looksWithoutDrag_ >= 2)
+                rootMenu->closeAll();
+        });
+        if (menuOpenedByDrag)
+            timer_.start(250);
+    }
+
+private:
+    QTimer timer_;
+    int looksWithoutDrag_ = 0;
+};
+
 } // namespace
 
 MenuSelection PopUpFolderMenu(FolderMenu *rootMenu, QPoint where, bool forKeyboard) {
@@ -132,34 +194,9 @@ MenuSelection PopUpFolderMenu(FolderMenu *rootMenu, QPoint where, bool forKeyboa
             qCDebug(lcMenuChoice, "item chosen in the menu: %s", qPrintable(menu->itemText(item)));
             selection = {GetMenuID(menu), std::uint16_t(item), std::nullopt, {}};
         }));
-        connections.push_back(QObject::connect(
-            menu, &FolderMenu::contextMenuRequested, [&, menu](int item, QPoint at) {
-                const MenuItemFiles files = FolderItemFiles(menu, item);
-                if (files.path.isEmpty())
-                    return;
-                contextMenu = NewItemContextMenu(
-                    files, [&, menu, item, files](const ItemCommandChoice &choice) {
-                        selection = {GetMenuID(menu), std::uint16_t(item), choice, files};
-                        rootMenu->closeAll();
-                    });
-                qCDebug(lcMenuChoice, "context menu of %s: %d entries",
-                        qPrintable(menu->itemText(item)), int(contextMenu->actions().size()));
-                contextMenu->popup(at);
-            }));
-        connections.push_back(
-            QObject::connect(menu, &FolderMenu::dragStartRequested, [rootMenu, menu](int item) {
-                // Whatever became of the drag, the menus have done their part.
-                if (!FolderItemPath(menu, item).isEmpty()) {
-                    DragItemOut(menu, item);
-                    rootMenu->closeAll();
-                }
-            }));
-        menu->setDropHandler([rootMenu, menu](int item, const QMimeData *data) {
-            const OSErr err = DropOnFolderItem(FSSpec{FolderItemPath(menu, item)}, data);
-            // Not from inside the drop: the menu still answers the drag source.
-            QMetaObject::invokeMethod(rootMenu, &FolderMenu::closeAll, Qt::QueuedConnection);
-            return err;
-        });
+        for (const QMetaObject::Connection &connection :
+             ConnectItemActions(rootMenu, menu, &selection, &contextMenu))
+            connections.push_back(connection);
     }
     for (QMenu *commands : {ApplicationCommandsMenu(), FolderCommandsMenu()}) {
         if (commands == nullptr)
@@ -174,22 +211,7 @@ MenuSelection PopUpFolderMenu(FolderMenu *rootMenu, QPoint where, bool forKeyboa
             }));
     }
     const CommandMenuWatch watch(rootMenu, QCursor::pos());
-    // Menus a drag opened have no pointer of their own while it lasts: they
-    // close once it has been over neither them nor a title for two looks.
-    QTimer dragGone;
-    int looksWithoutDrag = 0;
-    QObject::connect(&dragGone, &QTimer::timeout, [&] {
-        const bool over =
-            DragIsOverATitle() || std::any_of(std::begin(subMenuRef), std::end(subMenuRef),
-                                              [](const QPointer<FolderMenu> &menu) {
-                                                  return menu != nullptr && menu->hasDrag();
-                                              });
-        looksWithoutDrag = over ? 0 : looksWithoutDrag + 1;
-        if (looksWithoutDrag >= 2)
-            rootMenu->closeAll();
-    });
-    if (menuOpenedByDrag)
-        dragGone.start(250);
+    const DragOpenedMenusWatch dragWatch(rootMenu);
     QEventLoop loop;
     connections.push_back(
         QObject::connect(rootMenu, &QMenu::aboutToHide, &loop, &QEventLoop::quit));

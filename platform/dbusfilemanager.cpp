@@ -4,6 +4,7 @@
 
 #include "core/errors.h"
 #include "core/folders.h"
+#include "platform/busdaemon.h"
 #include "platform/gioerror.h"
 
 #include <QDBusMessage>
@@ -69,20 +70,12 @@ QString ProgramTitle(const std::optional<RunningProcess> &process) {
     return title;
 }
 
-QDBusMessage BusMessage(const QString &method, const QVariantList &arguments) {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), method);
-    message.setArguments(arguments);
-    return message;
-}
-
 // A question to the bus itself, answered within a short time or not at all.
 QVariantList BusCall(QDBusConnection &connection, const QString &method,
                      const QVariantList &arguments) {
     constexpr int kStartTimeoutMs = 3000;
     const QDBusMessage reply =
-        connection.call(BusMessage(method, arguments), QDBus::Block, kStartTimeoutMs);
+        connection.call(BusDaemonMessage(method, arguments), QDBus::Block, kStartTimeoutMs);
     return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments() : QVariantList();
 }
 
@@ -171,7 +164,7 @@ DBusFileManager::DBusFileManager(QDBusConnection connection)
 void DBusFileManager::askBus(const QString &method, const QVariantList &arguments,
                              std::function<void(const QDBusMessage &)> answered) {
     auto *watcher = new QDBusPendingCallWatcher(
-        connection_.asyncCall(BusMessage(method, arguments)), &context_);
+        connection_.asyncCall(BusDaemonMessage(method, arguments)), &context_);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_,
                      [answered = std::move(answered)](QDBusPendingCallWatcher *finished) {
                          answered(finished->reply());

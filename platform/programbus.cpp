@@ -1,6 +1,7 @@
 #include "platform/programbus.h"
 
 #include "kestrelmenuadaptor.h"
+#include "platform/busdaemon.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
@@ -14,18 +15,6 @@ Q_LOGGING_CATEGORY(lcProgramBus, "kestrel.bus", QtWarningMsg)
 
 namespace platform {
 
-namespace {
-
-QDBusMessage BusDaemonCall(const QString &method, const QVariantList &arguments) {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), method);
-    message.setArguments(arguments);
-    return message;
-}
-
-} // namespace
-
 ProgramBus::ProgramBus(std::function<bool(std::uint32_t)> popUpMenu, QDBusConnection connection)
     : popUpMenu_(std::move(popUpMenu)), connection_(std::move(connection)) {
     new KestrelMenuAdaptor(this);
@@ -37,8 +26,8 @@ ProgramBus::ProgramBus(std::function<bool(std::uint32_t)> popUpMenu, QDBusConnec
     // Asked for without waiting: the bus may be slow, the titles are up.
     constexpr uint kDoNotQueue = 4;
     auto *watcher = new QDBusPendingCallWatcher(
-        connection_.asyncCall(BusDaemonCall(QStringLiteral("RequestName"),
-                                            {QLatin1String(kProgramService), kDoNotQueue})),
+        connection_.asyncCall(BusDaemonMessage(QStringLiteral("RequestName"),
+                                               {QLatin1String(kProgramService), kDoNotQueue})),
         this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [](QDBusPendingCallWatcher *call) {
         const QDBusPendingReply<uint> reply = *call;
@@ -55,7 +44,7 @@ ProgramBus::ProgramBus(std::function<bool(std::uint32_t)> popUpMenu, QDBusConnec
 ProgramBus::~ProgramBus() {
     connection_.unregisterObject(QLatin1String(kProgramPath));
     connection_.send(
-        BusDaemonCall(QStringLiteral("ReleaseName"), {QLatin1String(kProgramService)}));
+        BusDaemonMessage(QStringLiteral("ReleaseName"), {QLatin1String(kProgramService)}));
 }
 
 void ProgramBus::PopUpMenu(uint title) {

@@ -14,6 +14,7 @@
 #include "platform/doubles/fakelauncher.h"
 #include "platform/doubles/fakeloginitems.h"
 #include "platform/doubles/fakepointer.h"
+#include "platform/doubles/faketerminal.h"
 #include "platform/doubles/hungfolderreader.h"
 #include "resources/menus.h"
 #include "tests/support/desktopsession.h"
@@ -150,6 +151,7 @@ protected:
     Installed<platform::FakeLauncher, platform::Launcher> launcher;
     Installed<platform::FakeLoginItems, platform::LoginItems> loginItems;
     Installed<platform::FakePointer, platform::Pointer> pointer;
+    Installed<platform::FakeTerminal, platform::Terminal> terminal;
 };
 
 TEST_F(ClickTest, AFailedRequestReturnsAtOnceAndOpeningCanBeSuppressed) {
@@ -241,6 +243,11 @@ TEST_F(ClickTest, TheContextMenuOffersWhatSuitsTheItemAndCopiesItsPath) {
     EXPECT_EQ(copied->text(), QFile::decodeName(folder.at("apple.txt")));
     EXPECT_EQ(copied->data(u"text/uri-list"_s), uri + "\r\n");
     EXPECT_EQ(copied->data(u"x-special/gnome-copied-files"_s), "copy\n" + uri);
+
+    terminal.failure = kLSApplicationNotFoundErr;
+    EXPECT_EQ(Click({"deep", "Menu", "t"}), noErr);
+    EXPECT_EQ(terminal.folders, QList<QByteArray>{folder.at("Deep")});
+    EXPECT_TRUE(alerts.alerts.last().headline.startsWith(u"No terminal program was found"_s));
 }
 
 // Open With hands an untrusted launcher to an application that runs launchers
