@@ -6,7 +6,9 @@
 #include "platform/service.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QMenu>
+#include <QMimeDatabase>
 
 namespace {
 
@@ -20,12 +22,17 @@ QString MenuText(QString name) {
 }
 
 // The applications that say they open the item's type, the default first,
-// then the chooser of every other one.
+// then the chooser of every other one. The type is the one the item's icon
+// shows, told by its name: a file on a mount that stopped answering must not
+// hold the menu up.
 void FillOpenWith(QMenu *menu, const MenuItemFiles &files,
                   const std::function<void(const ItemCommandChoice &)> &chosen) {
     platform::Launcher &launcher = platform::service<platform::Launcher>();
     const QString type = files.isFolder ? QStringLiteral("inode/directory")
-                                        : launcher.fileType(files.path).contentType;
+                                        : QMimeDatabase()
+                                              .mimeTypeForFile(QFile::decodeName(files.path),
+                                                               QMimeDatabase::MatchExtension)
+                                              .name();
     const QList<platform::ApplicationInfo> applications =
         type.isEmpty() ? QList<platform::ApplicationInfo>()
                        : launcher.applicationsFor(type, nullptr);
