@@ -164,7 +164,7 @@ shots() { # shots SUFFIX: the title, a menu and submenu, a context menu, the com
     shot "context$s" "an item's context menu" -window root -crop 480x300+0+0
     xdotool key Escape Escape; sleep 0.5
     menu Up Right
-    shot "commands$s" "the program's commands" -window root -crop 480x300+0+0
+    shot "commands$s" "the program's commands" -window root -crop 480x380+0+0
     xdotool key Down Return
     dialog '^Kestrel Menu Preferences$' "preferences$s" "the preferences"
     menu Up Right Return
