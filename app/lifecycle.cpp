@@ -4,10 +4,12 @@
 #include "core/eventloop.h"
 #include "finder/finderevents.h"
 #include "foldermenus/foldercache.h"
+#include "platform/programbus.h"
 #include "platform/quitsignals.h"
 #include "platform/service.h"
 #include "prefs/prefsfile.h"
 #include "titles/readymenu.h"
+#include "titles/titleevents.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -90,8 +92,13 @@ void RunKestrelMenu() {
                 // A missing file manager has been reported; the menus work without it.
                 if (generalSettings.finderToFront)
                     BringFinderToFront();
-                qCInfo(lcLifecycle, "running");
-                RunApplicationEventLoop();
+                {
+                    // From now on a menu can be asked for from outside: a key
+                    // the desktop binds, or the program started again.
+                    const platform::ProgramBus bus(PopUpReadyMenu);
+                    qCInfo(lcLifecycle, "running");
+                    RunApplicationEventLoop();
+                }
                 SavePreferences();
                 ClearReadyMenus();
             }

@@ -5,8 +5,10 @@
 #include "app/platformservices.h"
 #include "app/singleinstance.h"
 #include "foldermenus/menustyle.h"
+#include "platform/programbus.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QIcon>
 #include <QLibraryInfo>
@@ -34,8 +36,20 @@ int main(int argc, char *argv[]) {
     SingleInstance instance;
     const SingleInstance::Outcome lock = instance.acquire();
     if (lock == SingleInstance::Outcome::HeldByAnother) {
-        std::fprintf(stderr, "kestrel-menu: already running for these settings; not starting "
-                             "another copy\n");
+        // Started again, as a desktop's shortcut may start it: the copy that
+        // runs pops its menu up instead.
+        int coreArgc = 1;
+        const QCoreApplication core(coreArgc, argv);
+        constexpr int kWaitForRunningCopyMs = 5000;
+        if (const OSErr err = platform::AskRunningCopyToPopUpMenu(kWaitForRunningCopyMs);
+            err != noErr)
+            std::fprintf(stderr,
+                         "kestrel-menu: already running for these settings, but it did not "
+                         "answer on the session bus (error %d)\n",
+                         int(err));
+        else
+            std::fprintf(stderr, "kestrel-menu: already running for these settings; its menu "
+                                 "pops up\n");
         return 0;
     }
 

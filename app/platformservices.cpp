@@ -15,6 +15,7 @@
 #include "platform/xcbpointer.h"
 #include "platform/xdgautostart.h"
 #include "platform/xdgdesktopsettings.h"
+#include "platform/xdgterminal.h"
 
 struct PlatformServices::Implementations {
     platform::MessageBoxAlerts alerts;
@@ -31,6 +32,7 @@ struct PlatformServices::Implementations {
     platform::StartupIdTokens activationTokens;
     platform::XdgDesktopSettings desktopSettings;
     platform::FileSystemFolderReader folderReader;
+    platform::XdgTerminal terminal;
 };
 
 PlatformServices::PlatformServices() : implementations_(std::make_unique<Implementations>()) {
@@ -48,6 +50,7 @@ PlatformServices::PlatformServices() : implementations_(std::make_unique<Impleme
     platform::install<platform::ActivationTokens>(&implementations_->activationTokens);
     platform::install<platform::DesktopSettings>(&implementations_->desktopSettings);
     platform::install<platform::FolderReader>(&implementations_->folderReader);
+    platform::install<platform::Terminal>(&implementations_->terminal);
 }
 
 PlatformServices::~PlatformServices() {
@@ -65,4 +68,5 @@ PlatformServices::~PlatformServices() {
     platform::install<platform::ActivationTokens>(nullptr);
     platform::install<platform::DesktopSettings>(nullptr);
     platform::install<platform::FolderReader>(nullptr);
+    platform::install<platform::Terminal>(nullptr);
 }

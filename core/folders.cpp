@@ -100,3 +100,7 @@ QByteArray LastPathComponent(const QByteArray &path) {
         return {};
     return trimmed.mid(trimmed.lastIndexOf('/') + 1);
 }
+
+QByteArray FileUriFromPath(const QByteArray &path) {
+    return "file://" + path.toPercentEncoding("/");
+}

@@ -23,3 +23,7 @@ QByteArray JoinPath(const QByteArray &folder, const QByteArray &name);
 QByteArray ParentPath(const QByteArray &path);
 // The last component of a path ("" for "/").
 QByteArray LastPathComponent(const QByteArray &path);
+// "file://" and the path's bytes, percent-encoded byte by byte, so that any
+// name (spaces, "#", "%", line breaks, bytes that are not UTF-8) comes back
+// exactly when the address is decoded.
+QByteArray FileUriFromPath(const QByteArray &path);

@@ -3,7 +3,7 @@
 #include "core/errors.h"
 #include "core/folders.h"
 #include "finder/alias.h"
-#include "finder/openwithchooser.h"
+#include "finder/itemcommands.h"
 #include "platform/launcher.h"
 #include "platform/service.h"
 
@@ -38,17 +38,6 @@ std::optional<QByteArray> BrokenLinkTarget(const QByteArray &path) {
         return std::nullopt;
     target.resize(length);
     return target;
-}
-
-void OpenWithChosenApplication(const QByteArray &path) {
-    platform::Launcher &launcher = platform::service<platform::Launcher>();
-    const platform::FileType type = launcher.fileType(path);
-    QList<platform::ApplicationInfo> others;
-    const QList<platform::ApplicationInfo> declared =
-        launcher.applicationsFor(type.contentType, &others);
-    const ApplicationChoice choice = ChooseApplication(ItemName(path), type, declared, others);
-    if (!choice.id.isEmpty())
-        TestError(launcher.openWith(choice.id, path, choice.makeDefault));
 }
 
 } // namespace

@@ -69,7 +69,8 @@ LaunchAnswer AskToLaunch(const QByteArray &launcher, const QString &command) {
     return LaunchAnswer(platform::service<platform::Alerts>().showAlert(alert));
 }
 
-// Runs `launch` when the launcher is trusted, or when the user says so.
+} // namespace
+
 OSErr LaunchIfTrusted(const QByteArray &launcher, const QString &command,
                       const std::function<OSErr()> &launch) {
     if (!IsTrustedLauncher(launcher)) {
@@ -90,6 +91,8 @@ OSErr LaunchIfTrusted(const QByteArray &launcher, const QString &command,
     }
     return launch();
 }
+
+namespace {
 
 // Opens one item that is not a plain folder: an application bundle or the
 // application of a desktop entry is started, once trusted; anything else goes

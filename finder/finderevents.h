@@ -12,6 +12,9 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QString>
+
+#include <functional>
 
 enum FinderAction : std::int16_t {
     kFinderOpen = 0,
@@ -54,3 +57,9 @@ OSErr DoFinderFiles(FinderAction action, const AEDescList *items, const FSSpec *
 // The single-item entry point of the menus: links are followed first. Nothing
 // waits for the file manager: a request it fails later is reported then.
 OSErr DoFinderFile(FinderAction action, const FSSpec *file, const FSSpec *extra);
+
+// Runs `launch` when the launcher at `launcher` (a desktop entry or an
+// application bundle) is trusted, or once the user says so, shown `command`,
+// what it would run; userCanceledErr when the user says no.
+OSErr LaunchIfTrusted(const QByteArray &launcher, const QString &command,
+                      const std::function<OSErr()> &launch);

@@ -161,12 +161,14 @@ void FollowLink(int directory, const char *name, FolderEntry *entry) {
     const ssize_t length =
         readlink(("/proc/self/fd/" + QByteArray::number(target)).constData(), resolved, PATH_MAX);
     if (fstat(target, &info) == 0 && length > 0 && length < PATH_MAX && resolved[0] == '/') {
+        entry->link = entry->path;
         entry->path = QByteArray(resolved, length);
         if (S_ISDIR(info.st_mode))
             entry->kind =
                 IsPackage(target, {}) ? FolderEntry::Kind::Package : FolderEntry::Kind::Folder;
     } else if (const QByteArray real = CanonicalPath(entry->path); !real.isEmpty()) {
         // Without /proc the C library walks the chain instead.
+        entry->link = entry->path;
         entry->path = real;
         if (stat(real.constData(), &info) == 0 && S_ISDIR(info.st_mode))
             entry->kind =

@@ -23,6 +23,7 @@ struct FolderEntry {
         DesktopEntry, // a *.desktop file of Type Application or Link
     };
     QByteArray path;  // stored on the item; a followed link's target
+    QByteArray link;  // the link the folder holds, when `path` is where it leads
     QString name;     // display name, the one that orders the items
     QString text;     // what the item shows: the name after its sort prefix
     QString iconName; // a desktop entry's Icon, or the theme icon of a special folder

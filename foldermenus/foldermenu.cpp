@@ -66,6 +66,7 @@ void FolderMenu::modelReset() {
     if (filter_.isActive())
         filter_.refresh(itemCount(), [this](int index) { return shownText(index); });
     current_ = -1;
+    dropRow_ = -1;
     // A command menu stays open over a folder read late; a submenu does not.
     if (qobject_cast<FolderMenu *>(child_.data()) != nullptr)
         closeChild();
@@ -171,6 +172,8 @@ void FolderMenu::hideEvent(QHideEvent *event) {
     if (filter_.isActive())
         clearFilter();
     current_ = -1;
+    dropRow_ = -1;
+    hasDrag_ = false;
     if (FolderMenu *parent = parentMenu_) {
         parentMenu_ = nullptr;
         parent->childClosed(this);

@@ -9,6 +9,7 @@
 // folder items. Items are numbered from 1: the folder items, then its own.
 #pragma once
 
+#include "core/types.h"
 #include "foldermenus/menufilter.h"
 
 #include <QBasicTimer>
@@ -16,9 +17,11 @@
 #include <QPointer>
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 class FolderMenuModel;
+class QMimeData;
 class QStyleOptionMenuItem;
 
 class FolderMenu final : public QMenu {
@@ -42,6 +45,9 @@ public:
     int activeItem() const;
     // Highlights `item` and scrolls it into view, opening nothing.
     void setActiveItem(int item);
+    // Highlights the first item that can be chosen, as a menu opened from the
+    // keyboard does.
+    void selectFirstRow();
     // The item under a point of the menu (0 for none) and where an item
     // stands now (empty while it is scrolled away or filtered out).
     int itemAt(const QPoint &pos) const;
@@ -56,6 +62,13 @@ public:
     void closeAll();
 
     QSize sizeHint() const override;
+
+    // What a drop of files on folder item `item` does; its status says
+    // whether the drop was taken. Without one the menu takes no drops.
+    using DropHandler = std::function<OSErr(int item, const QMimeData *data)>;
+    void setDropHandler(DropHandler handler);
+    // Whether a drag the menu takes is over it now.
+    bool hasDrag() const { return hasDrag_; }
 
 Q_SIGNALS:
     // A folder item was chosen (released on, or Return or Space): a file, or a
@@ -89,6 +102,11 @@ protected:
     void leaveEvent(QEvent *event) override;
     // the submenu delay, the sloppy time-out and the scroll arrows
     void timerEvent(QTimerEvent *event) override;
+    // Files dragged over folder items (foldermenudrops.cpp)
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
     friend class FolderMenuAccessible;
@@ -153,7 +171,6 @@ private:
     // Makes `row` the highlighted one (-1: none). With a delay of 0 or more,
     // the submenu it leads to opens after it; with -1 an open submenu closes.
     void setCurrentRow(int row, int popupDelay);
-    void selectFirstRow();
     int nextSelectableRow(int from, int step, bool wrap) const;
     void moveSelection(int step);
     void pageSelection(int pages);
@@ -171,6 +188,9 @@ private:
     void backspaceFilter();
     void clearFilter();
     void filterChanged();
+    // The row a drag at `pos` would drop on, -1 for none; highlighted as it is.
+    int dropRowAt(const QPoint &pos, const QMimeData *data, Qt::DropActions possible) const;
+    void setDropRow(int row);
 
     FolderMenuModel *model_;
     QPointer<FolderMenu> subMenu_;
@@ -201,6 +221,9 @@ private:
     QPoint pressedAt_;
     bool dragRequested_ = false;
     int scrollDirection_ = 0;
+    DropHandler dropHandler_;
+    int dropRow_ = -1; // the folder item a drag is over
+    bool hasDrag_ = false;
 
     class FolderMenuAccessible *accessible_ = nullptr; // while a screen reader looks
 

@@ -431,7 +431,8 @@ void FolderMenu::mousePressEvent(QMouseEvent *event) {
     pressRow_ = rowAt(pos);
     pressedAt_ = event->globalPosition().toPoint();
     dragRequested_ = false;
-    setCurrentRow(pressRow_, 20);
+    // The right button asks for the item's context menu, not for its submenu.
+    setCurrentRow(pressRow_, event->button() == Qt::RightButton ? -1 : 20);
 }
 
 void FolderMenu::mouseReleaseEvent(QMouseEvent *event) {

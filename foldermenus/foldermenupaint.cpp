@@ -123,7 +123,8 @@ void FolderMenu::paintRow(QPainter *painter, int row, const QRect &clip) const {
     const int index = rows_[std::size_t(row)];
     const RowKind kind = kindOfRow(row);
     QStyleOptionMenuItem option;
-    initItemOption(&option, kind, row == current_);
+    // While a drag is over a folder item, that item alone is highlighted.
+    initItemOption(&option, kind, dropRow_ >= 0 ? row == dropRow_ : row == current_);
     option.rect = rowRect(row);
     if (kind == RowKind::Command) {
         option.text = own_[std::size_t(index - model_->rowCount())]->text();

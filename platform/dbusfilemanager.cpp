@@ -4,6 +4,7 @@
 
 #include "core/errors.h"
 #include "core/folders.h"
+#include "platform/busdaemon.h"
 #include "platform/gioerror.h"
 
 #include <QDBusMessage>
@@ -69,20 +70,12 @@ QString ProgramTitle(const std::optional<RunningProcess> &process) {
     return title;
 }
 
-QDBusMessage BusMessage(const QString &method, const QVariantList &arguments) {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), method);
-    message.setArguments(arguments);
-    return message;
-}
-
 // A question to the bus itself, answered within a short time or not at all.
 QVariantList BusCall(QDBusConnection &connection, const QString &method,
                      const QVariantList &arguments) {
     constexpr int kStartTimeoutMs = 3000;
     const QDBusMessage reply =
-        connection.call(BusMessage(method, arguments), QDBus::Block, kStartTimeoutMs);
+        connection.call(BusDaemonMessage(method, arguments), QDBus::Block, kStartTimeoutMs);
     return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments() : QVariantList();
 }
 
@@ -145,10 +138,6 @@ bool DeleteRecursively(GFile *item, GError **error) {
 
 } // namespace
 
-QByteArray FileUriFromPath(const QByteArray &path) {
-    return "file://" + path.toPercentEncoding("/");
-}
-
 DBusFileManager::DBusFileManager(QDBusConnection connection)
     : connection_(std::move(connection)),
       watcher_(ServiceName(), connection_, QDBusServiceWatcher::WatchForOwnerChange) {
@@ -175,7 +164,7 @@ DBusFileManager::DBusFileManager(QDBusConnection connection)
 void DBusFileManager::askBus(const QString &method, const QVariantList &arguments,
                              std::function<void(const QDBusMessage &)> answered) {
     auto *watcher = new QDBusPendingCallWatcher(
-        connection_.asyncCall(BusMessage(method, arguments)), &context_);
+        connection_.asyncCall(BusDaemonMessage(method, arguments)), &context_);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_,
                      [answered = std::move(answered)](QDBusPendingCallWatcher *finished) {
                          answered(finished->reply());
@@ -329,6 +318,16 @@ OSErr DBusFileManager::moveInto(const QByteArray &item, const QByteArray &folder
     if (!CopyRecursively(source.get(), destination.get(), &error))
         return StatusOf(error);
     if (!DeleteRecursively(source.get(), &error))
+        return StatusOf(error);
+    return noErr;
+}
+
+OSErr DBusFileManager::moveToTrash(const QByteArray &item) {
+    GObjectPtr<GFile> file(g_file_new_for_path(item.constData()));
+    GError *error = nullptr;
+    // GIO keeps the trash of the freedesktop specification: the item and a
+    // .trashinfo that says where it came from.
+    if (!g_file_trash(file.get(), nullptr, &error))
         return StatusOf(error);
     return noErr;
 }

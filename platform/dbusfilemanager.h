@@ -38,6 +38,7 @@ public:
 
     OSErr copyInto(const QByteArray &item, const QByteArray &folder) override;
     OSErr moveInto(const QByteArray &item, const QByteArray &folder) override;
+    OSErr moveToTrash(const QByteArray &item) override;
 
 private:
     OSErr send(const QString &method, const QList<QByteArray> &paths);
@@ -56,10 +57,5 @@ private:
     std::function<void(const FailedRequest &)> failureHandler_;
     ProcFsProcesses processes_;
 };
-
-// "file://" and the path's bytes, percent-encoded byte by byte, so that any
-// name (spaces, "#", "%", line breaks, bytes that are not UTF-8) comes back
-// exactly when the address is decoded.
-QByteArray FileUriFromPath(const QByteArray &path);
 
 } // namespace platform

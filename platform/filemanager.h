@@ -54,6 +54,9 @@ public:
     // name is taken there.
     virtual OSErr copyInto(const QByteArray &item, const QByteArray &folder) = 0;
     virtual OSErr moveInto(const QByteArray &item, const QByteArray &folder) = 0;
+    // Moves `item` itself (a link, not what it points to) to the desktop's
+    // trash, where the file manager can restore it from.
+    virtual OSErr moveToTrash(const QByteArray &item) = 0;
 };
 
 } // namespace platform

@@ -192,17 +192,33 @@ FileType GioLauncher::fileType(const QByteArray &path) {
 QList<ApplicationInfo> GioLauncher::applicationsFor(const QString &contentType,
                                                     QList<ApplicationInfo> *others) {
     QList<ApplicationInfo> declared;
-    GList *forType = g_app_info_get_all_for_type(contentType.toUtf8().constData());
-    for (GList *node = forType; node != nullptr; node = node->next)
-        declared.append(InfoOf(G_APP_INFO(node->data)));
+    const QByteArray type = contentType.toUtf8();
+    GList *forType = g_app_info_get_all_for_type(type.constData());
+    for (GList *node = forType; node != nullptr; node = node->next) {
+        ApplicationInfo info = InfoOf(G_APP_INFO(node->data));
+        const char *const *named = g_app_info_get_supported_types(G_APP_INFO(node->data));
+        info.namesType = named != nullptr && g_strv_contains(named, type.constData());
+        declared.append(info);
+    }
     g_list_free_full(forType, g_object_unref);
+    // The list is in order of preference, which the default need not lead.
+    if (GObjectPtr<GAppInfo> preferred(g_app_info_get_default_for_type(type.constData(), FALSE));
+        preferred) {
+        const auto found = std::find_if(declared.begin(), declared.end(), [&](const auto &info) {
+            return info.id == g_app_info_get_id(preferred.get());
+        });
+        if (found != declared.end())
+            std::rotate(declared.begin(), found, found + 1);
+    }
     if (others != nullptr) {
         others->clear();
         GList *all = g_app_info_get_all();
         for (GList *node = all; node != nullptr; node = node->next) {
             auto *application = G_APP_INFO(node->data);
             const ApplicationInfo info = InfoOf(application);
-            if (g_app_info_should_show(application) && !declared.contains(info))
+            const bool isDeclared = std::any_of(declared.begin(), declared.end(),
+                                                [&](const auto &d) { return d.id == info.id; });
+            if (g_app_info_should_show(application) && !isDeclared)
                 others->append(info);
         }
         g_list_free_full(all, g_object_unref);

@@ -18,6 +18,9 @@ struct ApplicationInfo {
     QByteArray id; // the desktop file id
     QString name;
     QString iconName;
+    // It names the type it was listed for itself, not only a type that type
+    // belongs to (a launcher's type, not plain text): it may run such files.
+    bool namesType = false;
     friend bool operator==(const ApplicationInfo &, const ApplicationInfo &) = default;
 };
 
@@ -45,7 +48,7 @@ public:
 
     // The type of a file, told by its name and contents.
     virtual FileType fileType(const QByteArray &path) = 0;
-    // The applications that say they open `contentType`, most preferred first;
+    // The applications that say they open `contentType`, the default first;
     // `*others` (when not null) gets every other application, by name.
     virtual QList<ApplicationInfo> applicationsFor(const QString &contentType,
                                                    QList<ApplicationInfo> *others) = 0;

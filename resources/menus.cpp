@@ -21,11 +21,16 @@ void UnloadCommandMenus() {
     delete folderCommandsMenu;
 }
 
+// A null text stands for a separator, which counts as an item.
 QMenu *NewCommandMenu(MenuID id, const QString &title, std::initializer_list<const char *> items) {
     auto *menu = new QMenu(title);
     SetMenuID(menu, id);
-    for (const char *item : items)
-        menu->addAction(Text(item));
+    for (const char *item : items) {
+        if (item == nullptr)
+            menu->addSeparator();
+        else
+            menu->addAction(Text(item));
+    }
     return menu;
 }
 
@@ -44,10 +49,13 @@ void LoadCommandMenus() {
         return;
     // The order is the item numbering: Quit stays the last item. Each item's
     // letter chooses it from the keyboard.
-    applicationCommandsMenu = NewCommandMenu(kApplicationCommandsMenuID, Text("Kestrel Menu"),
-                                             {QT_TRANSLATE_NOOP("Menus", "&About Kestrel Menu"),
-                                              QT_TRANSLATE_NOOP("Menus", "&Preferences…"),
-                                              QT_TRANSLATE_NOOP("Menus", "&Quit Kestrel Menu")});
+    applicationCommandsMenu =
+        NewCommandMenu(kApplicationCommandsMenuID, Text("Kestrel Menu"),
+                       {QT_TRANSLATE_NOOP("Menus", "&About Kestrel Menu"),
+                        QT_TRANSLATE_NOOP("Menus", "&Preferences…"), nullptr,
+                        QT_TRANSLATE_NOOP("Menus", "&New Title for a Folder…"),
+                        QT_TRANSLATE_NOOP("Menus", "&Remove This Title"), nullptr,
+                        QT_TRANSLATE_NOOP("Menus", "&Quit Kestrel Menu")});
     folderCommandsMenu = NewCommandMenu(kFolderCommandsMenuID, Text("This Folder"),
                                         {QT_TRANSLATE_NOOP("Menus", "&Add an Item…"),
                                          QT_TRANSLATE_NOOP("Menus", "&Open This Folder"),

@@ -16,13 +16,20 @@ using MenuID = std::int16_t;
 
 enum : MenuID {
     kRootMenuTemplateID = 161,        // a title's root menu; folder items go above its own
-    kApplicationCommandsMenuID = 224, // About, Preferences, Quit
+    kApplicationCommandsMenuID = 224, // About, Preferences, the titles, Quit
     kFolderCommandsMenuID = 225,      // add an item, open the folder, choose another folder
     kFirstDepthMenuID = 256,          // the menus of a click: 256 + depth, depth 0-9
 };
 
-// Items of the application commands menu.
-enum : std::uint16_t { kAboutItem = 1, kPreferencesItem = 2, kQuitItem = 3 };
+// Items of the application commands menu (separators count). Quit is always
+// the last item, whatever its number.
+enum : std::uint16_t {
+    kAboutItem = 1,
+    kPreferencesItem = 2,
+    kNewTitleItem = 4,
+    kRemoveTitleItem = 5,
+    kQuitItem = 7,
+};
 // Items of the folder commands menu.
 enum : std::uint16_t { kAddItemItem = 1, kOpenFolderItem = 2, kChooseFolderItem = 3 };
 

@@ -46,7 +46,8 @@ constexpr StatusMessage kFileStatuses[] = {
      QT_TRANSLATE_NOOP("StatusMessages", "Unlock the file and try again.")},
     {fBsyErr, QT_TRANSLATE_NOOP("StatusMessages", "The item is in use."),
      QT_TRANSLATE_NOOP("StatusMessages",
-                       "Another program is using it. Close that program and try again.")},
+                       "Another program is using it, or it holds the folder of a title. Close "
+                       "that program, or remove the title, and try again.")},
     {dupFNErr, QT_TRANSLATE_NOOP("StatusMessages", "An item with this name already exists."),
      QT_TRANSLATE_NOOP("StatusMessages", "Choose another name, or move the existing item away.")},
     {opWrErr, QT_TRANSLATE_NOOP("StatusMessages", "The file is already open for writing."),
@@ -80,8 +81,9 @@ constexpr StatusMessage kFileStatuses[] = {
 constexpr StatusMessage kProgramStatuses[] = {
     {unimpErr, QT_TRANSLATE_NOOP("StatusMessages", "This cannot be done here."),
      QT_TRANSLATE_NOOP("StatusMessages",
-                       "The file system or the desktop does not offer it. Marking launchers as "
-                       "trusted needs the desktop's metadata store (GVfs).")},
+                       "The file system or the desktop does not offer it: a disk may have no "
+                       "trash, and marking launchers as trusted needs the desktop's metadata "
+                       "store (GVfs).")},
     {memFullErr, QT_TRANSLATE_NOOP("StatusMessages", "There is not enough memory."),
      QT_TRANSLATE_NOOP("StatusMessages",
                        "Quit some programs, or make the folder shown in the menu smaller.")},

@@ -8,8 +8,8 @@
 # are never read or written; a private Xvfb with openbox, a top panel (tint2), a
 # wallpaper, the Adwaita icon theme published over XSETTINGS (xsettingsd) and a
 # session bus of its own. It saves screenshots in light and in dark (the
-# top-left of the screen, an open menu, the program's commands, the preferences,
-# the About box), keeps running until Ctrl-C, then stops everything it started
+# top-left of the screen, an open menu, an item's context menu, the program's
+# commands, the preferences, the About box), keeps running until Ctrl-C, then stops everything it started
 # and removes the temporary folder.
 set -uo pipefail
 
@@ -153,15 +153,18 @@ dialog() { # dialog TITLE NAME WHAT: waits for the dialog, takes it, closes it
         xdotool key Escape; sleep 0.5
     fi
 }
-shots() { # shots SUFFIX: the title, a menu and submenu, the commands, the preferences, the About box
+shots() { # shots SUFFIX: the title, a menu and submenu, a context menu, the commands, the preferences, the About box
     local s=$1
     xdotool mousemove 640 500; sleep 0.5
     shot "top-left$s" "the top-left of the screen" -window root -crop 360x90+0+0
     menu Down Right
     shot "menu$s" "an open menu and submenu" -window root -crop 720x420+0+0
     xdotool key Escape Escape Escape; sleep 0.5
+    menu Down Down Menu
+    shot "context$s" "an item's context menu" -window root -crop 480x300+0+0
+    xdotool key Escape Escape; sleep 0.5
     menu Up Right
-    shot "commands$s" "the program's commands" -window root -crop 480x300+0+0
+    shot "commands$s" "the program's commands" -window root -crop 480x380+0+0
     xdotool key Down Return
     dialog '^Kestrel Menu Preferences$' "preferences$s" "the preferences"
     menu Up Right Return

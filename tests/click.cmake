@@ -7,5 +7,6 @@ kestrel_add_test(NAME click_desktop_test TIER e2e TIMEOUT 300
     SOURCES e2e/click_desktop_test.cpp LIBS Qt6::Core)
 target_compile_definitions(click_desktop_test PRIVATE
     KESTREL_PROGRAM="$<TARGET_FILE:kestrel-menu>"
-    KESTREL_FAKE_FILEMANAGER="$<TARGET_FILE:kestrel_fake_filemanager>")
-add_dependencies(click_desktop_test kestrel-menu kestrel_fake_filemanager)
+    KESTREL_FAKE_FILEMANAGER="$<TARGET_FILE:kestrel_fake_filemanager>"
+    KESTREL_DROP_TARGET="$<TARGET_FILE:titles_drop_source>")
+add_dependencies(click_desktop_test kestrel-menu kestrel_fake_filemanager titles_drop_source)

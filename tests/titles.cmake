@@ -7,8 +7,8 @@ foreach(name titles desktoplook)
         LIBS kestrel_gui kestrel_doubles Qt6::Test Qt6::Svg)
 endforeach()
 
-# Docks, ordinary windows and drag sources for the program to meet; the click
-# tests drag from it under its older name.
+# Docks, ordinary windows, drag sources and a drop target for the program to
+# meet; the click tests drop on it under its older name.
 foreach(helper titles_window titles_drop_source)
     add_executable(${helper} e2e/titles_window.cpp)
     target_link_libraries(${helper} PRIVATE kestrel_settings Qt6::Widgets)

@@ -4,25 +4,51 @@
 #include "finder/alias.h"
 #include "foldermenus/foldercache.h"
 #include "titles/readymenu.h"
+#include "titles/titleevents.h"
 #include "titles/titlewindow.h"
 
 #include <QDropEvent>
 #include <QLoggingCategory>
 #include <QMimeData>
+#include <QPointer>
 #include <QRegion>
 #include <QSysInfo>
+#include <QTimer>
 
+#include <algorithm>
 #include <optional>
 
 Q_LOGGING_CATEGORY(lcDrops, "kestrel.drops", QtWarningMsg)
+
+bool menuOpenedByDrag = false;
 
 namespace {
 
 const QString kUriListFormat = QStringLiteral("text/uri-list");
 
+QString TitlePlace(const QWidget *window) {
+    return QStringLiteral("%1,%2").arg(window->x()).arg(window->y());
+}
+
 // The drag over a title window, as read when it came in. Only one drag runs
 // at a time; the drop reads the data afresh.
 std::optional<Drag> draggedOver;
+// The title window an acceptable drag is over.
+QPointer<QWidget> dragOverTitle;
+// A drag resting this long on a title opens its menu, so that what it carries
+// can be dropped on a folder of that menu (as folders open under a drag in
+// file managers).
+constexpr int kSpringLoadDelayMs = 700;
+
+void OpenMenuUnderDrag(QWidget *window) {
+    ReadyMenu *title = FindReadyMenu(window);
+    if (dragOverTitle != window || title == nullptr || pulledReadyMenu != nullptr)
+        return;
+    qCDebug(lcDrops, "drag rests on title at %s: its menu opens", qPrintable(TitlePlace(window)));
+    menuOpenedByDrag = true;
+    SelectReadyMenu(title, false);
+    menuOpenedByDrag = false;
+}
 
 // Draws the drop highlight inside `region` of the window.
 void ShowDragHilite(QWidget *window, const QRegion &region) {
@@ -61,10 +87,6 @@ QList<QByteArray> UriListEntries(const QByteArray &list) {
     return entries;
 }
 
-QString TitlePlace(const QWidget *window) {
-    return QStringLiteral("%1,%2").arg(window->x()).arg(window->y());
-}
-
 } // namespace
 
 OSErr MenuDragTrackHandler(DragTrackingMessage message, QWidget *window, ReadyMenu *title,
@@ -86,31 +108,37 @@ OSErr MenuDragReceiveHandler(QWidget *, ReadyMenu *title, const Drag &drag) {
 }
 
 bool CheckDragAcceptable(const ReadyMenu *title, const Drag &drag) {
-    if (title == nullptr || title->menuSpec->contents != kContentsFolder)
-        return false;
     // No items at all: acceptable, and the drop does nothing.
-    for (const DragItem &item : drag.items) {
-        if (item.flavors.empty() || FindFlavor(item, kDragFlavorTypeHFS) == nullptr)
-            return false;
-    }
-    return true;
+    return title != nullptr && title->menuSpec->contents == kContentsFolder &&
+           DragHoldsOnlyLocalFiles(drag);
 }
 
 OSErr AcceptDrag(ReadyMenu *title, const Drag &drag) {
     if (title == nullptr)
         return paramErr;
+    if (title->menuSpec->contents != kContentsFolder)
+        return DragHoldsOnlyLocalFiles(drag) ? OSErr(noErr) : OSErr(badDragFlavorErr);
+    // The next opening of the menu lists each new link.
+    return LinkDroppedItems(title->menuSpec->folder, drag,
+                            [title] { DestroyFolderCachedMenu(title); });
+}
+
+bool DragHoldsOnlyLocalFiles(const Drag &drag) {
+    return std::all_of(drag.items.begin(), drag.items.end(), [](const DragItem &item) {
+        return FindFlavor(item, kDragFlavorTypeHFS) != nullptr;
+    });
+}
+
+OSErr LinkDroppedItems(const FSSpec &folder, const Drag &drag,
+                       const std::function<void()> &linked) {
     for (const DragItem &item : drag.items) {
         const DragFlavor *flavor = FindFlavor(item, kDragFlavorTypeHFS);
         if (flavor == nullptr)
             return badDragFlavorErr;
         const FSSpec spec{flavor->data};
-        if (title->menuSpec->contents == kContentsFolder) {
-            const OSErr err = CreateAlias(&spec, &title->menuSpec->folder);
-            if (err != noErr)
-                return err;
-            // The next opening of the menu lists the new link.
-            DestroyFolderCachedMenu(title);
-        }
+        if (const OSErr err = CreateAlias(&spec, &folder); err != noErr)
+            return err;
+        linked();
     }
     return noErr;
 }
@@ -168,6 +196,10 @@ Drag DragFromMimeData(const QMimeData *data) {
     return drag;
 }
 
+bool DragIsOverATitle() {
+    return dragOverTitle != nullptr;
+}
+
 Qt::DropAction ChooseDropAction(Qt::DropActions possible) {
     if (possible & Qt::LinkAction)
         return Qt::LinkAction;
@@ -195,6 +227,10 @@ void TitleDragEnterEvent(QWidget *window, QDragEnterEvent *event) {
     // Taken in, so that the moves come here; each move says whether a drop would be taken.
     event->setDropAction(action);
     event->accept();
+    if (CheckDragAcceptable(title, *draggedOver)) {
+        dragOverTitle = window;
+        QTimer::singleShot(kSpringLoadDelayMs, window, [window] { OpenMenuUnderDrag(window); });
+    }
 }
 
 void TitleDragMoveEvent(QWidget *window, QDragMoveEvent *event) {
@@ -214,6 +250,7 @@ void TitleDragMoveEvent(QWidget *window, QDragMoveEvent *event) {
 void TitleDragLeaveEvent(QWidget *window, QDragLeaveEvent *event) {
     const Drag drag = draggedOver.value_or(Drag());
     draggedOver.reset();
+    dragOverTitle = nullptr;
     ReadyMenu *title = FindReadyMenu(window);
     MenuDragTrackHandler(kDragTrackingLeaveWindow, window, title, drag);
     MenuDragTrackHandler(kDragTrackingLeaveHandler, window, title, drag);
@@ -222,6 +259,7 @@ void TitleDragLeaveEvent(QWidget *window, QDragLeaveEvent *event) {
 
 void TitleDropEvent(QWidget *window, QDropEvent *event) {
     draggedOver.reset();
+    dragOverTitle = nullptr;
     const Drag drag = DragFromMimeData(event->mimeData());
     ReadyMenu *title = FindReadyMenu(window);
     const Qt::DropAction action = ChooseDropAction(event->possibleActions());

@@ -6,11 +6,13 @@
 // drag events on as tracking messages.
 #pragma once
 
+#include "core/settings.h"
 #include "core/types.h"
 
 #include <QByteArray>
 #include <Qt>
 
+#include <functional>
 #include <vector>
 
 class QDragEnterEvent;
@@ -66,6 +68,14 @@ bool CheckDragAcceptable(const ReadyMenu *title, const Drag &drag);
 // the links made before it stay.
 OSErr AcceptDrag(ReadyMenu *title, const Drag &drag);
 
+// Whether every item of the drag is a local file or folder (true for none).
+bool DragHoldsOnlyLocalFiles(const Drag &drag);
+// What a drop on a title and on a folder item of a menu both do: every item
+// becomes a link in `folder`, in order, and `linked` is called after each.
+// Stops at the first failure (badDragFlavorErr for an item that is not a
+// local file) and returns its status; the links made before it stay.
+OSErr LinkDroppedItems(const FSSpec &folder, const Drag &drag, const std::function<void()> &linked);
+
 // The drag that `data` describes. A URI list gives one item per address (a
 // local file's address also gives its path); without one the drag is a
 // single item offering each of its formats.
@@ -78,7 +88,14 @@ QByteArray LocalPathFromUri(const QByteArray &uri);
 // delete its file. IgnoreAction when the source allows neither.
 Qt::DropAction ChooseDropAction(Qt::DropActions possible);
 
-// The title window's drag events, translated into the handlers' messages.
+// True while the open menu was opened by a drag resting on its title: it closes
+// once the drag is over neither the menus nor a title.
+extern bool menuOpenedByDrag;
+// Whether an acceptable drag is over a title window now.
+bool DragIsOverATitle();
+
+// The title window's drag events, translated into the handlers' messages. A
+// drag that rests on a title opens its menu.
 void TitleDragEnterEvent(QWidget *window, QDragEnterEvent *event);
 void TitleDragMoveEvent(QWidget *window, QDragMoveEvent *event);
 void TitleDragLeaveEvent(QWidget *window, QDragLeaveEvent *event);

@@ -11,6 +11,7 @@
 #include "titles/userinteraction.h"
 
 #include <QLoggingCategory>
+#include <QTimer>
 #include <QWidget>
 
 #include <cmath>
@@ -18,8 +19,10 @@
 Q_LOGGING_CATEGORY(lcTitles, "kestrel.titles", QtWarningMsg)
 
 bool classicFrontHideFlag = false;
-FolderMenuClick clickFolderMenu = [](QPoint where, ReadyMenu *title, bool suppressOpen) {
-    ClickFolderMenu(where, title, suppressOpen); // its status has been reported where it arose
+FolderMenuClick clickFolderMenu = [](QPoint where, ReadyMenu *title, bool suppressOpen,
+                                     bool forKeyboard) {
+    // Its status has been reported where it arose.
+    ClickFolderMenu(where, title, suppressOpen, forKeyboard);
 };
 
 namespace {
@@ -122,7 +125,7 @@ OSStatus MenuWindowCarbonEvent(const TitleEvent &event) {
     return noErr;
 }
 
-void SelectReadyMenu(ReadyMenu *title, bool suppressOpen) {
+void SelectReadyMenu(ReadyMenu *title, bool suppressOpen, std::optional<QPoint> at) {
     if (pulledReadyMenu != nullptr)
         return;
     pulledReadyMenu = title;
@@ -132,14 +135,36 @@ void SelectReadyMenu(ReadyMenu *title, bool suppressOpen) {
 
     // The title's own local values serve as the global point: for every
     // left-hand title the menu opens at (10, 26), under the first title.
-    const QPoint popUpPoint(title->titleRect.left, title->titleRect.bottom + 4);
+    const QPoint popUpPoint =
+        at.value_or(QPoint(title->titleRect.left, title->titleRect.bottom + 4));
     if (title->menuSpec->contents == kContentsFolder && clickFolderMenu != nullptr)
-        clickFolderMenu(popUpPoint, title, suppressOpen);
+        clickFolderMenu(popUpPoint, title, suppressOpen, at.has_value());
 
     pulledReadyMenu = nullptr;
     DrawReadyMenu(title);
     // The hover rule looks at the pointer again now that the menu is closed.
     WakeReadyMenus();
+}
+
+bool PopUpReadyMenu(std::uint32_t number) {
+    ReadyMenu *title = firstReadyMenu;
+    for (std::uint32_t n = 1; title != nullptr && n < number; ++n)
+        title = title->next;
+    if (number == 0 || title == nullptr)
+        return false;
+    // Not from inside the caller: the menu runs a loop of its own.
+    QTimer::singleShot(0, title->window, [title] {
+        ReadyMenu *still = firstReadyMenu;
+        while (still != nullptr && still != title)
+            still = still->next;
+        if (still == nullptr || pulledReadyMenu != nullptr)
+            return;
+        if (userInteractionHideLevel > 0)
+            return BringThisProgramToFront();
+        qCDebug(lcTitles, "menu asked for from outside");
+        SelectReadyMenu(title, false, platform::service<platform::Pointer>().query().position);
+    });
+    return true;
 }
 
 OSStatus FrontSwitchedCarbonEvent() {

@@ -11,7 +11,7 @@ class FakeFileManager : public FileManager {
 public:
     struct Request {
         QByteArray what; // "ShowFolders", "ShowItems", "ShowItemProperties",
-                         // "AlternativeOpen", "CopyInto", "MoveInto"
+                         // "AlternativeOpen", "CopyInto", "MoveInto", "Trash"
         QList<QByteArray> paths;
         friend bool operator==(const Request &, const Request &) = default;
     };
@@ -40,6 +40,7 @@ public:
     OSErr moveInto(const QByteArray &item, const QByteArray &folder) override {
         return record("MoveInto", {item, folder});
     }
+    OSErr moveToTrash(const QByteArray &item) override { return record("Trash", {item}); }
 
     bool hasService = true;
     std::int64_t servicePid = 0;

@@ -1,9 +1,12 @@
 // A window for the title tests, printing its id once shown: "dock", a magenta
 // panel; "normal", obeying "fullscreen" on standard input; "drag URI..." (or
 // "files"), dragging those addresses as a file manager does (copy, move or
-// link; a move proposed), printing "dropped link" or "dropped other".
+// link; a move proposed), printing "dropped link" or "dropped other";
+// "target", printing "over" when addresses are dragged in and "took" and
+// the addresses when they are dropped.
 #include <QApplication>
 #include <QDrag>
+#include <QDropEvent>
 #include <QMimeData>
 #include <QProcess>
 #include <QScreen>
@@ -20,6 +23,19 @@ public:
     QByteArray uris;
 
 protected:
+    void dragEnterEvent(QDragEnterEvent *event) override {
+        if (!event->mimeData()->hasFormat(QStringLiteral("text/uri-list")))
+            return;
+        std::printf("over\n");
+        std::fflush(stdout);
+        event->acceptProposedAction();
+    }
+    void dropEvent(QDropEvent *event) override {
+        std::printf("took %s\n",
+                    event->mimeData()->data(QStringLiteral("text/uri-list")).constData());
+        std::fflush(stdout);
+        event->acceptProposedAction();
+    }
     void mouseMoveEvent(QMouseEvent *) override {
         if (uris.isEmpty())
             return;
@@ -43,6 +59,7 @@ int main(int argc, char *argv[]) {
         window.uris += QByteArray(argv[i]) + "\r\n";
     window.setPalette(QPalette(kind == "dock" ? QColor(255, 0, 255) : QColor(0, 255, 255)));
     window.setAutoFillBackground(true);
+    window.setAcceptDrops(kind == "target");
     window.setGeometry(400, 300, 200, 120);
     if (kind == "dock") {
         window.setWindowFlag(Qt::FramelessWindowHint);

@@ -1,6 +1,7 @@
 // Opening, revealing and showing the information of items, and what a failed
 // choice says, against doubles of the desktop's programs, on real files.
 #include "core/errors.h"
+#include "core/folders.h"
 #include "finder/choicefailure.h"
 #include "finder/finderevents.h"
 #include "platform/dbusfilemanager.h"
@@ -161,7 +162,7 @@ TEST(FileUriTest, AnyNameComesBackByteForByte) {
     for (const QByteArray &name :
          {QByteArray("with space"), QByteArray("hash#tag?q=1&x"), QByteArray("100% sure"),
           QByteArray("line\nbreak"), QByteArray("\xff\xfe not UTF-8"), QByteArray(255, 'n')}) {
-        const QByteArray uri = platform::FileUriFromPath("/srv/" + name);
+        const QByteArray uri = FileUriFromPath("/srv/" + name);
         EXPECT_FALSE(uri.contains('#') || uri.contains('?') || uri.contains('\n'));
         EXPECT_EQ(QByteArray::fromPercentEncoding(uri.mid(7)), "/srv/" + name);
     }

@@ -1,6 +1,8 @@
 // A click on a folder title, on the offscreen platform: the cached menu and
 // its folder, the command menus, hostile and hung folders. The real menus are
 // walked with the keyboard; the file manager, launcher and pointer are doubles.
+#include "core/folders.h"
+#include "finder/itemcommands.h"
 #include "foldermenus/buildsubmenu.h"
 #include "foldermenus/clickfoldermenu.h"
 #include "foldermenus/foldercache.h"
@@ -12,6 +14,7 @@
 #include "platform/doubles/fakelauncher.h"
 #include "platform/doubles/fakeloginitems.h"
 #include "platform/doubles/fakepointer.h"
+#include "platform/doubles/faketerminal.h"
 #include "platform/doubles/hungfolderreader.h"
 #include "resources/menus.h"
 #include "tests/support/desktopsession.h"
@@ -23,11 +26,13 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QClipboard>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFileSystemWatcher>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
@@ -55,6 +60,7 @@ protected:
         fileManager.servicePid = 77;
     }
     void TearDown() override {
+        firstMenuSpec = nullptr;
         answer.reset();
         DestroyFolderCachedMenu(&title);
         TearDownDepthMenus();
@@ -145,6 +151,7 @@ protected:
     Installed<platform::FakeLauncher, platform::Launcher> launcher;
     Installed<platform::FakeLoginItems, platform::LoginItems> loginItems;
     Installed<platform::FakePointer, platform::Pointer> pointer;
+    Installed<platform::FakeTerminal, platform::Terminal> terminal;
 };
 
 TEST_F(ClickTest, AFailedRequestReturnsAtOnceAndOpeningCanBeSuppressed) {
@@ -193,6 +200,76 @@ TEST_F(ClickTest, AddingAnItemLinksItIntoTheFolderAndTheNextClickShowsIt) {
     fileManager.hasAlternative = true;
     EXPECT_EQ(Click({"this", "Right", "a"}), noErr);
     EXPECT_EQ(fileManager.requests, (QList<Request>{{"AlternativeOpen", {folder.path()}}}));
+}
+
+// What the context menu offers is told by the names alone; the trash looks
+// again, following links, before it takes anything.
+TEST_F(ClickTest, TheContextMenuOffersWhatSuitsTheItemAndCopiesItsPath) {
+    spec.contents = kContentsFolder;
+    firstMenuSpec = &spec;
+    const QByteArray home = environment.home();
+    const struct {
+        const char *what;
+        MenuItemFiles item;
+        bool terminal, trash, remove;
+    } cases[] = {
+        {"a file of the title's folder",
+         {folder.at("apple.txt"), folder.at("apple.txt")},
+         false,
+         true,
+         true},
+        {"a link there to a folder", {home, folder.at("home link"), true}, true, false, true},
+        {"a file of a subfolder",
+         {folder.at("Deep/note.txt"), folder.at("Deep/note.txt")},
+         false,
+         true,
+         false},
+        {"the title's folder", {folder.path(), folder.path(), true}, true, false, false},
+        {"a folder that holds it", {ParentPath(folder.path()), {}, true}, true, false, false},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(IsItemCommandOffered(ItemCommand::OpenInTerminal, c.item), c.terminal) << c.what;
+        EXPECT_EQ(IsItemCommandOffered(ItemCommand::MoveToTrash, c.item), c.trash) << c.what;
+        EXPECT_EQ(IsItemCommandOffered(ItemCommand::RemoveFromMenu, c.item), c.remove) << c.what;
+    }
+    ASSERT_EQ(::symlink(folder.path().constData(), folder.at("Deep/back").constData()), 0);
+    DoItemCommand(ItemCommand::MoveToTrash, {folder.at("Deep/back/"), {}, true});
+    EXPECT_TRUE(fileManager.requests.isEmpty());
+    EXPECT_EQ(alerts.alerts.size(), 1);
+
+    EXPECT_EQ(Click({"apple", "Menu", "c"}), noErr);
+    const QMimeData *copied = QGuiApplication::clipboard()->mimeData();
+    const QByteArray uri = "file://" + folder.at("apple.txt").toPercentEncoding("/");
+    EXPECT_EQ(copied->text(), QFile::decodeName(folder.at("apple.txt")));
+    EXPECT_EQ(copied->data(u"text/uri-list"_s), uri + "\r\n");
+    EXPECT_EQ(copied->data(u"x-special/gnome-copied-files"_s), "copy\n" + uri);
+
+    terminal.failure = kLSApplicationNotFoundErr;
+    EXPECT_EQ(Click({"deep", "Menu", "t"}), noErr);
+    EXPECT_EQ(terminal.folders, QList<QByteArray>{folder.at("Deep")});
+    EXPECT_TRUE(alerts.alerts.last().headline.startsWith(u"No terminal program was found"_s));
+}
+
+// Open With hands an untrusted launcher to an application that runs launchers
+// only once the user has said so.
+TEST_F(ClickTest, OpenWithAsksBeforeAnApplicationMayRunAnUntrustedLauncher) {
+    folder.touch("tool.desktop", "[Desktop Entry]\nType=Application\nName=Tool\nExec=tool\n");
+    launcher.declaredApplications = {{"runner", u"Runner"_s, {}, true},
+                                     {"editor", u"Editor"_s, {}, false}};
+    alerts.answers = {0}; // Cancel
+    const struct {
+        const char *item, *application;
+        bool asked;
+    } cases[] = {{"tool.desktop", "runner", true},
+                 {"tool.desktop", "editor", false},
+                 {"apple.txt", "runner", false}};
+    for (const auto &c : cases) {
+        alerts.alerts.clear();
+        launcher.launches.clear();
+        OpenWithApplication(folder.at(c.item), c.application, false);
+        EXPECT_EQ(alerts.alerts.size(), c.asked ? 1 : 0) << c.item << ' ' << c.application;
+        EXPECT_EQ(launcher.launches.size(), c.asked ? 0 : 1) << c.item << ' ' << c.application;
+    }
 }
 
 // About and Preferences show their dialogs (closed here as soon as they

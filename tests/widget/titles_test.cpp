@@ -109,7 +109,7 @@ protected:
     void SetUp() override {
         TitlesTest::SetUp();
         title = AddTitle(kSideLeft);
-        clickFolderMenu = [](QPoint where, ReadyMenu *t, bool) { clicks.append({where, t}); };
+        clickFolderMenu = [](QPoint where, ReadyMenu *t, bool, bool) { clicks.append({where, t}); };
     }
     void TearDown() override {
         clicks.clear();
@@ -199,7 +199,7 @@ TEST_F(TitlesEventsTest, AClickOpensTheMenuUnderTheFirstTitleOnceAtATimeUnlessAn
     const QList<std::pair<QPoint, ReadyMenu *>> expected{{{10, 26}, title}, {{10, 26}, second}};
     EXPECT_EQ(clicks, expected) << "each title's own local point";
     // A second press while a menu is open does nothing.
-    clickFolderMenu = [](QPoint where, ReadyMenu *t, bool) {
+    clickFolderMenu = [](QPoint where, ReadyMenu *t, bool, bool) {
         clicks.append({where, t});
         MenuWindowCarbonEvent({TitleEventKind::MouseDown, t->window, QPointF(20, 10)});
     };
