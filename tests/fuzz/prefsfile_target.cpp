@@ -1,47 +1,45 @@
-// Loads arbitrary bytes as the preferences file. Used by the fuzzer and by the
-// test that replays its corpus.
+// The preferences file: arbitrary bytes loaded as the file, then the settings
+// are put back for the next input.
 #include "core/settings.h"
 #include "platform/doubles/fakealerts.h"
 #include "platform/doubles/fakeloginitems.h"
 #include "platform/service.h"
 #include "prefs/prefsfile.h"
+#include "tests/fuzz/fuzztarget.h"
 
-#include <cstdint>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
 #include <cstdlib>
-#include <fcntl.h>
-#include <string>
-#include <unistd.h>
 
 namespace {
 
 platform::FakeAlerts alerts;
 
-std::string PrepareHome() {
-    static std::string file;
-    if (!file.empty())
-        return file;
-    static platform::FakeLoginItems loginItems;
-    platform::install<platform::Alerts>(&alerts);
-    platform::install<platform::LoginItems>(&loginItems);
-    char dir[] = "/tmp/kestrel-prefs-fuzz-XXXXXX";
-    if (::mkdtemp(dir) == nullptr)
-        std::abort();
-    ::setenv("XDG_CONFIG_HOME", dir, 1);
-    ::setenv("HOME", dir, 1);
-    file = std::string(dir) + "/Kestrel Menu Preferences";
-    return file;
+// A home of its own, removed when the process ends.
+QString PrepareHome() {
+    static QTemporaryDir home(QDir::tempPath() + QStringLiteral("/kestrel-prefs-fuzz-XXXXXX"));
+    static bool installed = false;
+    if (!installed) {
+        static platform::FakeLoginItems loginItems;
+        platform::install<platform::Alerts>(&alerts);
+        platform::install<platform::LoginItems>(&loginItems);
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.path()));
+        qputenv("HOME", QFile::encodeName(home.path()));
+        installed = true;
+    }
+    return home.filePath(QStringLiteral("Kestrel Menu Preferences"));
 }
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    const std::string file = PrepareHome();
-    const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (fd < 0)
+KESTREL_FUZZ_TARGET(prefsfile) {
+    QFile file(PrepareHome());
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        file.write(reinterpret_cast<const char *>(data), qint64(size)) != qint64(size))
         std::abort();
-    if (size > 0 && ::write(fd, data, size) != ssize_t(size))
-        std::abort();
-    ::close(fd);
+    file.close();
 
     LoadPreferences();
 
