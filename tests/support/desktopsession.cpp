@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QStandardPaths>
 #include <QThread>
+#include <gtest/gtest.h>
 
 #include <csignal>
 
@@ -23,6 +24,8 @@ QByteArray ReadLineWithin(QProcess *process, int timeoutMs) {
 
 } // namespace
 
+// Looks at the condition every 40 ms or so: a look that starts a program (xprop,
+// xdotool) costs the desktop under test time of its own.
 bool WaitFor(const std::function<bool()> &condition, int timeoutMs) {
     QDeadlineTimer deadline(timeoutMs);
     while (!condition()) {
@@ -35,19 +38,33 @@ bool WaitFor(const std::function<bool()> &condition, int timeoutMs) {
 }
 
 DesktopSession::DesktopSession(Options options) {
-    for (const char *tool : {"Xvfb", "dbus-daemon", "xdotool", "xprop"}) {
-        if (QStandardPaths::findExecutable(QString::fromLatin1(tool)).isEmpty()) {
-            failure_ = QStringLiteral("%1 is not installed").arg(QString::fromLatin1(tool));
+    setUp(options);
+    if (!failure_.isEmpty())
+        ADD_FAILURE() << failure_.toStdString();
+}
+
+void DesktopSession::setUp(const Options &options) {
+    QStringList tools = options.tools;
+    tools << QStringLiteral("Xvfb") << QStringLiteral("dbus-daemon") << QStringLiteral("xdotool")
+          << QStringLiteral("xprop") << QStringLiteral("xwininfo");
+    if (options.windowManager)
+        tools << QStringLiteral("openbox");
+    for (const QString &tool : std::as_const(tools)) {
+        if (QStandardPaths::findExecutable(tool).isEmpty()) {
+            failure_ = tool + QStringLiteral(" is not installed (make test installs it)");
             return;
         }
     }
     const QProcessEnvironment base = QProcessEnvironment::systemEnvironment();
 
-    QProcess *xvfb = launch(QStringLiteral("Xvfb"),
-                            {QStringLiteral("-displayfd"), QStringLiteral("1"),
-                             QStringLiteral("-screen"), QStringLiteral("0"), options.screen,
-                             QStringLiteral("-nolisten"), QStringLiteral("tcp")},
-                            base);
+    QProcess *xvfb =
+        launch(QStringLiteral("Xvfb"),
+               // No reset when the last client leaves: the first
+               // look for the window manager may be that client.
+               {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-noreset"),
+                QStringLiteral("-screen"), QStringLiteral("0"), options.screen,
+                QStringLiteral("-nolisten"), QStringLiteral("tcp")},
+               base);
     const QByteArray number = ReadLineWithin(xvfb, 15000);
     if (number.isEmpty()) {
         failure_ = QStringLiteral("Xvfb did not start");
@@ -95,18 +112,19 @@ DesktopSession::DesktopSession(Options options) {
     }
 
     if (options.windowManager) {
-        if (QStandardPaths::findExecutable(QStringLiteral("openbox")).isEmpty()) {
-            failure_ = QStringLiteral("openbox is not installed");
-            return;
-        }
-        start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")}, environment(base));
-        const bool ready = WaitFor([this] {
-            return run(QStringLiteral("xprop"),
-                       {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")})
-                .contains("window id");
-        });
+        QProcess *openbox =
+            start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")}, environment(base));
+        const bool ready = WaitFor(
+            [this] {
+                return run(QStringLiteral("xprop"),
+                           {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")})
+                    .contains("window id");
+            },
+            30000);
         if (!ready)
-            failure_ = QStringLiteral("openbox did not take the screen");
+            failure_ = QStringLiteral("openbox did not take the screen: ") +
+                       QString::fromLocal8Bit(openbox->readAllStandardOutput() +
+                                              openbox->readAllStandardError());
     }
 }
 

@@ -1,6 +1,7 @@
 // A private desktop for end-to-end tests: Xvfb, optionally openbox, and a
 // session bus of its own. Every process it starts is stopped by its id when
-// the session ends.
+// the session ends. A tool that is missing or a part that does not start
+// fails the test that asked for the desktop: `make test` installs them all.
 #pragma once
 
 #include <QProcess>
@@ -20,12 +21,13 @@ public:
         // as a desktop offers its file manager.
         QStringList activatableNames;
         QString screen = QStringLiteral("1280x800x24");
+        QStringList tools; // the programs the test runs besides xdotool, xprop, xwininfo
     };
     explicit DesktopSession(Options options);
     DesktopSession() : DesktopSession(Options{}) {}
     ~DesktopSession();
 
-    // Empty when everything started; otherwise why it did not.
+    // Empty when everything started; otherwise why it did not (a failure already).
     QString failure() const { return failure_; }
     QString display() const { return display_; }
     QString busAddress() const { return busAddress_; }
@@ -44,6 +46,7 @@ public:
     static int stop(QProcess *process, int graceMs = 5000);
 
 private:
+    void setUp(const Options &options);
     QProcess *launch(const QString &program, const QStringList &arguments,
                      const QProcessEnvironment &environment);
 
@@ -54,5 +57,5 @@ private:
     QString failure_;
 };
 
-// Polls `condition` while running the event loop, up to `timeoutMs`.
+// Whether `condition` came true within `timeoutMs`, the event loop running meanwhile.
 bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 10000);
