@@ -1,9 +1,11 @@
-// A private home for one test: HOME, the XDG folders and the run-time folder all
-// point into a fresh temporary folder, so no test ever sees the user's own settings.
+// A private home for one test: HOME, the XDG folders, the run-time folder and
+// TMPDIR all point into a fresh temporary folder, so no test ever sees the
+// user's own settings, and whatever the test leaves goes with the folder.
 #pragma once
 
 #include <QByteArray>
 #include <QHash>
+#include <QList>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
 
@@ -24,6 +26,8 @@ public:
     QProcessEnvironment processEnvironment() const;
 
 private:
+    QList<std::pair<const char *, QByteArray>> variables() const;
+
     QTemporaryDir dir_;
     QHash<QByteArray, std::optional<QByteArray>> saved_;
 };

@@ -238,7 +238,7 @@ TEST_F(TitlesTest, WhereTheDisplayTellsOfInputTheTimerSleepsWhileNothingMoves) {
     ASSERT_EQ(InitialiseReadyMenus(), noErr);
     ReadyMenu *title = AddTitle(kSideLeft);
     appleMenuSettings.hideMode = 2; // the left half
-    QTRY_VERIFY(!ReadyMenusAwake());
+    ASSERT_TRUE(QTest::qWaitFor([] { return !ReadyMenusAwake(); }));
     const int queries = pointer.queries;
     QCoreApplication::processEvents();
     EXPECT_EQ(pointer.queries, queries) << "asleep: not a single query";
@@ -248,8 +248,8 @@ TEST_F(TitlesTest, WhereTheDisplayTellsOfInputTheTimerSleepsWhileNothingMoves) {
     EXPECT_TRUE(title->hoverHidden);
     pointer.state.position = {300, 10};
     pointer.inputPending = true;
-    QTRY_VERIFY(!title->hoverHidden);
-    QTRY_VERIFY(!ReadyMenusAwake());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !title->hoverHidden; }));
+    EXPECT_TRUE(QTest::qWaitFor([] { return !ReadyMenusAwake(); }));
 }
 
 class TitlesDrawingTest : public TitlesTest {
