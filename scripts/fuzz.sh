@@ -18,6 +18,8 @@ coverage() {
     "$1" -runs=0 "$2" 2>&1 | grep -o 'INITED cov: [0-9]* ft: [0-9]*' | cut -d' ' -f2-
 }
 
+# GLib allocates through malloc, so that LeakSanitizer sees what it keeps.
+export G_SLICE=always-malloc
 found=0
 for name in "${targets[@]}"; do
     fuzzer="$build/tests/fuzz/${name}_fuzz"
