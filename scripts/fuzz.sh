@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Fuzzes each target (tests/fuzz/*_target.cpp) in turn for the given number of
-# seconds, from its corpus in tests/fuzz/corpus/<target>, then merges into that
-# corpus the inputs that reached new code. Prints for each target the runs,
+# seconds, from its corpus in tests/fuzz/corpus/<target>, then minimizes that
+# corpus with what the run found: the named examples stay, and of the rest only
+# inputs that reach code the others do not. Prints for each target the runs,
 # the peak memory, the corpus's coverage before and after, and every crash,
 # leak or time-out with the input that caused it (kept under BUILD/fuzz-work).
 # Exits non-zero when any target found something.
@@ -32,7 +33,12 @@ for name in "${targets[@]}"; do
     TMPDIR="$work/tmp" "$fuzzer" "$work/kept" "$seeds" -max_total_time="$seconds" -max_len=4096 \
         -timeout=5 -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$work/found/" \
         >"$work/log" 2>&1 || status=$?
-    TMPDIR="$work/tmp" "$fuzzer" -merge=1 "$seeds" "$work/kept" >/dev/null 2>&1 || true
+    # The corpus anew, minimized: its named examples, then whatever else reaches new code.
+    mkdir "$work/corpus"
+    find "$seeds" -type f -regextype posix-extended ! -regex '.*/[0-9a-f]{40}' \
+        -exec cp {} "$work/corpus" \;
+    TMPDIR="$work/tmp" "$fuzzer" -merge=1 "$work/corpus" "$seeds" "$work/kept" >/dev/null 2>&1 &&
+        rm "$seeds"/* && cp "$work/corpus"/* "$seeds"
     figure() { grep -o "stat::$1: *[0-9]*" "$work/log" | grep -o '[0-9]*$' || echo '?'; }
     echo "$name: $(figure number_of_executed_units) runs in ${seconds} s, peak $(figure peak_rss_mb) MB;" \
         "corpus $inputs -> $(ls "$seeds" | wc -l) inputs, $before -> $(coverage "$fuzzer" "$seeds")"
