@@ -1,5 +1,7 @@
 #include "tests/support/desktopsession.h"
 
+#include "tests/support/tempenvironment.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
@@ -44,27 +46,22 @@ DesktopSession::DesktopSession(Options options) {
 }
 
 void DesktopSession::setUp(const Options &options) {
-    QStringList tools = options.tools;
-    tools << QStringLiteral("Xvfb") << QStringLiteral("dbus-daemon") << QStringLiteral("xdotool")
-          << QStringLiteral("xprop") << QStringLiteral("xwininfo");
-    if (options.windowManager)
-        tools << QStringLiteral("openbox");
-    for (const QString &tool : std::as_const(tools)) {
-        if (QStandardPaths::findExecutable(tool).isEmpty()) {
-            failure_ = tool + QStringLiteral(" is not installed (make test installs it)");
+    for (const char *tool : {"Xvfb", "dbus-daemon", "openbox", "xdotool", "xprop", "xwininfo",
+                             "xrandr", "xsettingsd", "import"}) {
+        if (QStandardPaths::findExecutable(QLatin1String(tool)).isEmpty()) {
+            failure_ =
+                QLatin1String(tool) + QStringLiteral(" is not installed (make test installs it)");
             return;
         }
     }
     const QProcessEnvironment base = QProcessEnvironment::systemEnvironment();
 
-    QProcess *xvfb =
-        launch(QStringLiteral("Xvfb"),
-               // No reset when the last client leaves: the first
-               // look for the window manager may be that client.
-               {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-noreset"),
-                QStringLiteral("-screen"), QStringLiteral("0"), options.screen,
-                QStringLiteral("-nolisten"), QStringLiteral("tcp")},
-               base);
+    // No reset when the last client leaves: the first look for the window
+    // manager may be that client.
+    QProcess *xvfb = start(
+        QStringLiteral("Xvfb"),
+        QStringLiteral("-displayfd 1 -noreset -screen 0 1280x800x24 -nolisten tcp").split(u' '),
+        base);
     const QByteArray number = ReadLineWithin(xvfb, 15000);
     if (number.isEmpty()) {
         failure_ = QStringLiteral("Xvfb did not start");
@@ -72,60 +69,45 @@ void DesktopSession::setUp(const Options &options) {
     }
     display_ = u':' + QString::fromLatin1(number);
 
-    const QString config = dir_.filePath(QStringLiteral("session.conf"));
-    QFile file(config);
-    if (!file.open(QIODevice::WriteOnly)) {
-        failure_ = QStringLiteral("cannot write the bus configuration");
-        return;
-    }
     QByteArray xml = "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration "
                      "1.0//EN\" \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
                      "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>";
     if (!options.busServiceDir.isEmpty())
         xml += "<servicedir>" + QFile::encodeName(options.busServiceDir) + "</servicedir>";
     if (!options.activatableNames.isEmpty()) {
-        const QString services = dir_.filePath(QStringLiteral("services"));
-        QDir().mkpath(services);
-        for (const QString &name : options.activatableNames) {
-            QFile service(services + u'/' + name + QStringLiteral(".service"));
-            if (!service.open(QIODevice::WriteOnly)) {
-                failure_ = QStringLiteral("cannot write the service file of ") + name;
-                return;
-            }
-            service.write("[D-BUS Service]\nName=" + name.toUtf8() + "\nExec=/bin/false\n");
-        }
-        xml += "<servicedir>" + QFile::encodeName(services) + "</servicedir>";
+        const QByteArray services = QFile::encodeName(dir_.filePath(QStringLiteral("services")));
+        for (const QString &name : options.activatableNames)
+            WriteFile(services + '/' + name.toUtf8() + ".service",
+                      "[D-BUS Service]\nName=" + name.toUtf8() + "\nExec=/bin/false\n");
+        xml += "<servicedir>" + services + "</servicedir>";
     }
     xml += "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
            "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>\n";
-    file.write(xml);
-    file.close();
-
-    QProcess *bus = launch(QStringLiteral("dbus-daemon"),
-                           {QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
-                            QStringLiteral("--config-file=") + config},
-                           base);
+    const QString config = dir_.filePath(QStringLiteral("session.conf"));
+    WriteFile(QFile::encodeName(config), xml);
+    QProcess *bus = start(QStringLiteral("dbus-daemon"),
+                          {QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
+                           QStringLiteral("--config-file=") + config},
+                          base);
     busAddress_ = QString::fromUtf8(ReadLineWithin(bus, 15000));
     if (busAddress_.isEmpty()) {
         failure_ = QStringLiteral("dbus-daemon did not start");
         return;
     }
 
-    if (options.windowManager) {
-        QProcess *openbox =
-            start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")}, environment(base));
-        const bool ready = WaitFor(
-            [this] {
-                return run(QStringLiteral("xprop"),
-                           {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")})
-                    .contains("window id");
-            },
-            30000);
-        if (!ready)
-            failure_ = QStringLiteral("openbox did not take the screen: ") +
-                       QString::fromLocal8Bit(openbox->readAllStandardOutput() +
-                                              openbox->readAllStandardError());
-    }
+    QProcess *openbox =
+        start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")}, environment(base));
+    const bool ready = WaitFor(
+        [this] {
+            return run(QStringLiteral("xprop"),
+                       {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")})
+                .contains("window id");
+        },
+        30000);
+    if (!ready)
+        failure_ = QStringLiteral("openbox did not take the screen: ") +
+                   QString::fromLocal8Bit(openbox->readAllStandardOutput() +
+                                          openbox->readAllStandardError());
 }
 
 DesktopSession::~DesktopSession() {
@@ -142,8 +124,8 @@ QProcessEnvironment DesktopSession::environment(QProcessEnvironment base) const 
     return base;
 }
 
-QByteArray DesktopSession::run(const QString &program, const QStringList &arguments, int timeoutMs,
-                               int *exitCode) const {
+QByteArray DesktopSession::run(const QString &program, const QStringList &arguments,
+                               int timeoutMs) const {
     QProcess process;
     process.setProcessEnvironment(environment(QProcessEnvironment::systemEnvironment()));
     process.start(program, arguments);
@@ -151,13 +133,11 @@ QByteArray DesktopSession::run(const QString &program, const QStringList &argume
         process.kill();
         process.waitForFinished();
     }
-    if (exitCode != nullptr)
-        *exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     return process.readAllStandardOutput();
 }
 
-QProcess *DesktopSession::launch(const QString &program, const QStringList &arguments,
-                                 const QProcessEnvironment &environment) {
+QProcess *DesktopSession::start(const QString &program, const QStringList &arguments,
+                                const QProcessEnvironment &environment) {
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(environment);
     process->setProcessChannelMode(QProcess::SeparateChannels);
@@ -165,11 +145,6 @@ QProcess *DesktopSession::launch(const QString &program, const QStringList &argu
     process->waitForStarted(10000);
     processes_.push_back(std::move(process));
     return processes_.back().get();
-}
-
-QProcess *DesktopSession::start(const QString &program, const QStringList &arguments,
-                                const QProcessEnvironment &environment) {
-    return launch(program, arguments, environment);
 }
 
 int DesktopSession::stop(QProcess *process, int graceMs) {

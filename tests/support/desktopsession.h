@@ -1,7 +1,7 @@
-// A private desktop for end-to-end tests: Xvfb, optionally openbox, and a
-// session bus of its own. Every process it starts is stopped by its id when
-// the session ends. A tool that is missing or a part that does not start
-// fails the test that asked for the desktop: `make test` installs them all.
+// A private desktop for end-to-end tests: Xvfb, openbox and a session bus of its
+// own. Every process it starts is stopped by its id when the session ends. A
+// tool of the tier that is missing, or a part that does not start, fails the
+// test that asked for the desktop: `make test` installs them all.
 #pragma once
 
 #include <QProcess>
@@ -15,13 +15,10 @@
 class DesktopSession {
 public:
     struct Options {
-        bool windowManager = true;
         QString busServiceDir; // activatable services of the private bus, if any
         // Names the bus offers as activatable (with a program that never starts),
         // as a desktop offers its file manager.
         QStringList activatableNames;
-        QString screen = QStringLiteral("1280x800x24");
-        QStringList tools; // the programs the test runs besides xdotool, xprop, xwininfo
     };
     explicit DesktopSession(Options options);
     DesktopSession() : DesktopSession(Options{}) {}
@@ -36,8 +33,8 @@ public:
     QProcessEnvironment environment(QProcessEnvironment base) const;
 
     // Runs a helper program (xdotool, xprop, ...) on this display and returns its output.
-    QByteArray run(const QString &program, const QStringList &arguments, int timeoutMs = 10000,
-                   int *exitCode = nullptr) const;
+    QByteArray run(const QString &program, const QStringList &arguments,
+                   int timeoutMs = 10000) const;
 
     // Starts a program on this display; the session stops it at the end.
     QProcess *start(const QString &program, const QStringList &arguments,
@@ -47,8 +44,6 @@ public:
 
 private:
     void setUp(const Options &options);
-    QProcess *launch(const QString &program, const QStringList &arguments,
-                     const QProcessEnvironment &environment);
 
     QTemporaryDir dir_;
     std::vector<std::unique_ptr<QProcess>> processes_;
