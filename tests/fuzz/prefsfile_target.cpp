@@ -1,5 +1,5 @@
-// The preferences file: arbitrary bytes loaded as the file, then the settings
-// are put back for the next input.
+// The preferences file: arbitrary bytes loaded as the file, in a home of the
+// target's own (removed when the process ends); then the settings are put back.
 #include "core/settings.h"
 #include "platform/doubles/fakealerts.h"
 #include "platform/doubles/fakeloginitems.h"
@@ -8,34 +8,18 @@
 #include "tests/fuzz/fuzztarget.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
-#include <cstdlib>
-
-namespace {
-
-platform::FakeAlerts alerts;
-
-// A home of its own, removed when the process ends.
-QString PrepareHome() {
+KESTREL_FUZZ_TARGET(prefsfile) {
     static QTemporaryDir home(QDir::tempPath() + QStringLiteral("/kestrel-prefs-fuzz-XXXXXX"));
-    static bool installed = false;
-    if (!installed) {
-        static platform::FakeLoginItems loginItems;
+    static platform::FakeAlerts alerts;
+    static platform::FakeLoginItems loginItems;
+    [[maybe_unused]] static const bool installed = [] {
         platform::install<platform::Alerts>(&alerts);
         platform::install<platform::LoginItems>(&loginItems);
-        qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.path()));
-        qputenv("HOME", QFile::encodeName(home.path()));
-        installed = true;
-    }
-    return home.filePath(QStringLiteral("Kestrel Menu Preferences"));
-}
-
-} // namespace
-
-KESTREL_FUZZ_TARGET(prefsfile) {
-    QFile file(PrepareHome());
+        return qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.path()));
+    }();
+    QFile file(home.filePath(QStringLiteral("Kestrel Menu Preferences")));
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
         file.write(reinterpret_cast<const char *>(data), qint64(size)) != qint64(size))
         std::abort();
