@@ -8,23 +8,12 @@
 #include <ftw.h>
 #include <unistd.h>
 
-namespace {
-
-// Removes a tree byte for byte: names that are not UTF-8 defeat QDir, not this.
 void RemoveTree(const QByteArray &root) {
     ::nftw(
         root.constData(),
-        [](const char *path, const struct stat *, int type, struct FTW *) {
-            if (type == FTW_DP)
-                ::rmdir(path);
-            else
-                ::unlink(path);
-            return 0;
-        },
+        [](const char *path, const struct stat *, int, struct FTW *) { return ::remove(path), 0; },
         16, FTW_DEPTH | FTW_PHYS);
 }
-
-} // namespace
 
 TempEnvironment::TempEnvironment() {
     EXPECT_TRUE(dir_.isValid());

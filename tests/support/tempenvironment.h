@@ -32,6 +32,8 @@ private:
     QHash<QByteArray, std::optional<QByteArray>> saved_;
 };
 
+// Removes a tree byte for byte: names that are not UTF-8 defeat QDir, not this.
+void RemoveTree(const QByteArray &root);
 // Writes `contents` to `path`, making folders as needed; fails the test if it cannot.
 void WriteFile(const QByteArray &path, const QByteArray &contents);
 QByteArray ReadFile(const QByteArray &path);
