@@ -15,12 +15,8 @@
 namespace {
 
 QByteArray ReadLineWithin(QProcess *process, int timeoutMs) {
-    QDeadlineTimer deadline(timeoutMs);
-    while (!process->canReadLine() && !deadline.hasExpired()) {
-        if (process->state() == QProcess::NotRunning)
-            break;
-        process->waitForReadyRead(100);
-    }
+    WaitFor([&] { return process->canReadLine() || process->state() == QProcess::NotRunning; },
+            timeoutMs);
     return process->canReadLine() ? process->readLine().trimmed() : QByteArray();
 }
 

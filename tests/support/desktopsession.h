@@ -20,13 +20,11 @@ public:
         // as a desktop offers its file manager.
         QStringList activatableNames;
     };
-    explicit DesktopSession(Options options);
-    DesktopSession() : DesktopSession(Options{}) {}
+    explicit DesktopSession(Options options = {});
     ~DesktopSession();
 
     // Empty when everything started; otherwise why it did not (a failure already).
     QString failure() const { return failure_; }
-    QString display() const { return display_; }
     QString busAddress() const { return busAddress_; }
 
     // `base` with this session's display and bus, and Qt on its X11 platform.

@@ -37,22 +37,6 @@ TempEnvironment::~TempEnvironment() {
     }
 }
 
-QByteArray TempEnvironment::root() const {
-    return QFile::encodeName(dir_.path());
-}
-QByteArray TempEnvironment::home() const {
-    return root() + "/home";
-}
-QByteArray TempEnvironment::configHome() const {
-    return root() + "/home/.config";
-}
-QByteArray TempEnvironment::systemConfig() const {
-    return root() + "/etc-xdg";
-}
-QByteArray TempEnvironment::runtimeDir() const {
-    return root() + "/run";
-}
-
 QProcessEnvironment TempEnvironment::processEnvironment() const {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const auto &[name, value] : variables())
@@ -64,7 +48,7 @@ QProcessEnvironment TempEnvironment::processEnvironment() const {
 QList<std::pair<const char *, QByteArray>> TempEnvironment::variables() const {
     return {{"HOME", home()},
             {"XDG_CONFIG_HOME", configHome()},
-            {"XDG_CONFIG_DIRS", systemConfig()},
+            {"XDG_CONFIG_DIRS", root() + "/etc-xdg"},
             {"XDG_RUNTIME_DIR", runtimeDir()},
             {"XDG_DATA_HOME", root() + "/home/.local/share"},
             {"XDG_CACHE_HOME", root() + "/home/.cache"},

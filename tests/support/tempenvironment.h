@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
 #include <QHash>
 #include <QList>
 #include <QProcessEnvironment>
@@ -16,11 +17,10 @@ public:
     TempEnvironment(const TempEnvironment &) = delete;
     TempEnvironment &operator=(const TempEnvironment &) = delete;
 
-    QByteArray root() const;         // the temporary folder
-    QByteArray home() const;         // $HOME
-    QByteArray configHome() const;   // $XDG_CONFIG_HOME
-    QByteArray systemConfig() const; // first of $XDG_CONFIG_DIRS
-    QByteArray runtimeDir() const;   // $XDG_RUNTIME_DIR
+    QByteArray root() const { return QFile::encodeName(dir_.path()); } // the temporary folder
+    QByteArray home() const { return root() + "/home"; }               // $HOME
+    QByteArray configHome() const { return root() + "/home/.config"; } // $XDG_CONFIG_HOME
+    QByteArray runtimeDir() const { return root() + "/run"; }          // $XDG_RUNTIME_DIR
 
     // The environment for a child process, with the variables above.
     QProcessEnvironment processEnvironment() const;
