@@ -20,8 +20,10 @@ if(KESTREL_SANITIZE)
 endif()
 
 if(KESTREL_BUILD_FUZZ)
-    # Coverage for libFuzzer in every library the fuzz targets link.
+    # Coverage for libFuzzer in every library the fuzz targets link; undefined
+    # behaviour stops the run like any other crash.
     target_compile_options(kestrel_settings INTERFACE
-        -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+        -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer
+        -fno-sanitize-recover=undefined)
     target_link_options(kestrel_settings INTERFACE -fsanitize=address,undefined)
 endif()

@@ -19,6 +19,7 @@ function(kestrel_add_test)
     set(environment
         "QT_QPA_PLATFORM=offscreen"
         "ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1"
+        "G_SLICE=always-malloc"
         "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp"
         "KESTREL_TEST_BINARY_DIR=${PROJECT_BINARY_DIR}"
         "KESTREL_TEST_SOURCE_DIR=${PROJECT_SOURCE_DIR}")

@@ -63,11 +63,14 @@ std::optional<QString> DesktopEntry::value(const QString &key) const {
 
 std::optional<QString> DesktopEntry::localizedValue(const QString &key,
                                                     const QString &locale) const {
-    const GCharPtr text(g_key_file_get_locale_string(
-        file_.get(), kMainGroup, key.toUtf8().constData(), locale.toUtf8().constData(), nullptr));
-    if (!text)
-        return std::nullopt;
-    return QString::fromUtf8(text.get());
+    // The fallback of g_key_file_get_locale_string, done here: GLib's own leaks
+    // the error of a plain value it reads with an unknown escape (\q).
+    const GStrvPtr variants(g_get_locale_variants(locale.toUtf8().constData()));
+    for (gchar **variant = variants.get(); *variant != nullptr; ++variant) {
+        if (auto text = value(key + u'[' + QString::fromUtf8(*variant) + u']'))
+            return text;
+    }
+    return value(key);
 }
 
 bool DesktopEntry::boolValue(const QString &key, bool fallback) const {

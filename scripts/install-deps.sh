@@ -16,8 +16,8 @@ packages=(
     xvfb xauth openbox dbus-daemon gvfs gvfs-daemons
     # tests and screenshots
     xdotool x11-utils imagemagick desktop-file-utils dpkg-dev python3 shared-mime-info
-    # tests: resizing the virtual screen, a real XSETTINGS manager
-    libxcb-randr0-dev x11-xserver-utils xsettingsd
+    # tests: resizing the virtual screen (xrandr), a real XSETTINGS manager
+    x11-xserver-utils xsettingsd
     # packaging checks
     lintian appstream
 )

@@ -15,10 +15,9 @@ foreach(helper titles_window titles_drop_source)
 endforeach()
 
 # The screen is resized with xrandr to a mode the test teaches the X server.
-pkg_check_modules(XCB_RANDR REQUIRED IMPORTED_TARGET xcb-randr)
 kestrel_add_test(NAME titles_desktop_test TIER e2e TIMEOUT 300
     SOURCES e2e/titles_desktop_test.cpp
-    LIBS Qt6::Gui Qt6::DBus PkgConfig::XCB PkgConfig::XCB_RANDR)
+    LIBS Qt6::Gui Qt6::DBus)
 target_compile_definitions(titles_desktop_test PRIVATE
     KESTREL_PROGRAM="$<TARGET_FILE:kestrel-menu>"
     KESTREL_TITLES_WINDOW="$<TARGET_FILE:titles_window>")

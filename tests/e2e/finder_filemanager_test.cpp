@@ -146,11 +146,8 @@ protected:
 
 TEST_F(ChoosingItems, LaunchersRunOnlyWhenTrustedAndFailuresSayWhy) {
     Start();
-    Choose(3); // holiday.desktop, shown by its file name
-    ASSERT_TRUE(WaitForLog("asking before launching"));
-    Answer(u"Escape"_s);
-    EXPECT_TRUE(::Records(runLog).isEmpty()) << "nothing runs until the user says so";
-    Choose(3);
+    Choose(3);                                          // holiday.desktop, shown by its file name
+    ASSERT_TRUE(WaitForLog("asking before launching")); // a cancel: FinderEventsTest
     Answer(u"alt+l"_s);
     EXPECT_TRUE(Records(runLog, 1).value(0)[u"token"_s].toString().contains("_TIME"_L1))
         << "it may come forward";
@@ -162,7 +159,7 @@ TEST_F(ChoosingItems, LaunchersRunOnlyWhenTrustedAndFailuresSayWhy) {
     Choose(6); // a link to an installed application
     ASSERT_EQ(Records(runLog, 4).size(), 4);
     EXPECT_EQ(::Records(runLog)[3][u"uris"_s].toStringList(), QStringList{u"viewer"_s});
-    EXPECT_EQ(log().count("asking before launching"), 3);
+    EXPECT_EQ(log().count("asking before launching"), 2);
 
     Choose(1); // the broken link, whose ".." must not reach the file beside it
     ASSERT_TRUE(WaitForLog("alert: “broken” points to")) << log().constData();

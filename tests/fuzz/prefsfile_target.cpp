@@ -1,47 +1,29 @@
-// Loads arbitrary bytes as the preferences file. Used by the fuzzer and by the
-// test that replays its corpus.
+// The preferences file: arbitrary bytes loaded as the file, in a home of the
+// target's own (removed when the process ends); then the settings are put back.
 #include "core/settings.h"
 #include "platform/doubles/fakealerts.h"
 #include "platform/doubles/fakeloginitems.h"
 #include "platform/service.h"
 #include "prefs/prefsfile.h"
+#include "tests/fuzz/fuzztarget.h"
 
-#include <cstdint>
-#include <cstdlib>
-#include <fcntl.h>
-#include <string>
-#include <unistd.h>
+#include <QDir>
+#include <QTemporaryDir>
 
-namespace {
-
-platform::FakeAlerts alerts;
-
-std::string PrepareHome() {
-    static std::string file;
-    if (!file.empty())
-        return file;
+KESTREL_FUZZ_TARGET(prefsfile) {
+    static QTemporaryDir home(QDir::tempPath() + QStringLiteral("/kestrel-prefs-fuzz-XXXXXX"));
+    static platform::FakeAlerts alerts;
     static platform::FakeLoginItems loginItems;
-    platform::install<platform::Alerts>(&alerts);
-    platform::install<platform::LoginItems>(&loginItems);
-    char dir[] = "/tmp/kestrel-prefs-fuzz-XXXXXX";
-    if (::mkdtemp(dir) == nullptr)
+    [[maybe_unused]] static const bool installed = [] {
+        platform::install<platform::Alerts>(&alerts);
+        platform::install<platform::LoginItems>(&loginItems);
+        return qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.path()));
+    }();
+    QFile file(home.filePath(QStringLiteral("Kestrel Menu Preferences")));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        file.write(reinterpret_cast<const char *>(data), qint64(size)) != qint64(size))
         std::abort();
-    ::setenv("XDG_CONFIG_HOME", dir, 1);
-    ::setenv("HOME", dir, 1);
-    file = std::string(dir) + "/Kestrel Menu Preferences";
-    return file;
-}
-
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    const std::string file = PrepareHome();
-    const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (fd < 0)
-        std::abort();
-    if (size > 0 && ::write(fd, data, size) != ssize_t(size))
-        std::abort();
-    ::close(fd);
+    file.close();
 
     LoadPreferences();
 

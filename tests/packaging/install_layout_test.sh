@@ -7,7 +7,13 @@
 set -euo pipefail
 build=${1:?usage: install_layout_test.sh BUILD-FOLDER}
 stage=$(mktemp -d)
-trap 'rm -rf "$stage"' EXIT
+# Whatever the tools keep goes in the scratch folder, and with it; installing
+# writes a manifest into the build folder, which goes too unless it was there.
+manifest="$build/install_manifest.txt"
+[ -e "$manifest" ] && manifest=""
+trap 'rm -rf "$stage" $manifest' EXIT
+export TMPDIR="$stage/tmp" XDG_CACHE_HOME="$stage/cache"
+mkdir -p "$TMPDIR"
 for tool in desktop-file-validate appstreamcli lintian cpack dpkg-deb; do
     command -v "$tool" >/dev/null || { echo "missing tool: $tool (make test installs it)"; exit 1; }
 done

@@ -1,28 +1,29 @@
 #include "tests/support/desktopsession.h"
 
+#include "tests/support/tempenvironment.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 #include <QThread>
+#include <gtest/gtest.h>
 
 #include <csignal>
 
 namespace {
 
 QByteArray ReadLineWithin(QProcess *process, int timeoutMs) {
-    QDeadlineTimer deadline(timeoutMs);
-    while (!process->canReadLine() && !deadline.hasExpired()) {
-        if (process->state() == QProcess::NotRunning)
-            break;
-        process->waitForReadyRead(100);
-    }
+    WaitFor([&] { return process->canReadLine() || process->state() == QProcess::NotRunning; },
+            timeoutMs);
     return process->canReadLine() ? process->readLine().trimmed() : QByteArray();
 }
 
 } // namespace
 
+// Looks at the condition every 40 ms or so: a look that starts a program (xprop,
+// xdotool) costs the desktop under test time of its own.
 bool WaitFor(const std::function<bool()> &condition, int timeoutMs) {
     QDeadlineTimer deadline(timeoutMs);
     while (!condition()) {
@@ -35,19 +36,28 @@ bool WaitFor(const std::function<bool()> &condition, int timeoutMs) {
 }
 
 DesktopSession::DesktopSession(Options options) {
-    for (const char *tool : {"Xvfb", "dbus-daemon", "xdotool", "xprop"}) {
-        if (QStandardPaths::findExecutable(QString::fromLatin1(tool)).isEmpty()) {
-            failure_ = QStringLiteral("%1 is not installed").arg(QString::fromLatin1(tool));
+    setUp(options);
+    if (!failure_.isEmpty())
+        ADD_FAILURE() << failure_.toStdString();
+}
+
+void DesktopSession::setUp(const Options &options) {
+    for (const char *tool : {"Xvfb", "dbus-daemon", "openbox", "xdotool", "xprop", "xwininfo",
+                             "xrandr", "xsettingsd", "import"}) {
+        if (QStandardPaths::findExecutable(QLatin1String(tool)).isEmpty()) {
+            failure_ =
+                QLatin1String(tool) + QStringLiteral(" is not installed (make test installs it)");
             return;
         }
     }
     const QProcessEnvironment base = QProcessEnvironment::systemEnvironment();
 
-    QProcess *xvfb = launch(QStringLiteral("Xvfb"),
-                            {QStringLiteral("-displayfd"), QStringLiteral("1"),
-                             QStringLiteral("-screen"), QStringLiteral("0"), options.screen,
-                             QStringLiteral("-nolisten"), QStringLiteral("tcp")},
-                            base);
+    // No reset when the last client leaves: the first look for the window
+    // manager may be that client.
+    QProcess *xvfb = start(
+        QStringLiteral("Xvfb"),
+        QStringLiteral("-displayfd 1 -noreset -screen 0 1280x800x24 -nolisten tcp").split(u' '),
+        base);
     const QByteArray number = ReadLineWithin(xvfb, 15000);
     if (number.isEmpty()) {
         failure_ = QStringLiteral("Xvfb did not start");
@@ -55,59 +65,45 @@ DesktopSession::DesktopSession(Options options) {
     }
     display_ = u':' + QString::fromLatin1(number);
 
-    const QString config = dir_.filePath(QStringLiteral("session.conf"));
-    QFile file(config);
-    if (!file.open(QIODevice::WriteOnly)) {
-        failure_ = QStringLiteral("cannot write the bus configuration");
-        return;
-    }
     QByteArray xml = "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration "
                      "1.0//EN\" \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
                      "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>";
     if (!options.busServiceDir.isEmpty())
         xml += "<servicedir>" + QFile::encodeName(options.busServiceDir) + "</servicedir>";
     if (!options.activatableNames.isEmpty()) {
-        const QString services = dir_.filePath(QStringLiteral("services"));
-        QDir().mkpath(services);
-        for (const QString &name : options.activatableNames) {
-            QFile service(services + u'/' + name + QStringLiteral(".service"));
-            if (!service.open(QIODevice::WriteOnly)) {
-                failure_ = QStringLiteral("cannot write the service file of ") + name;
-                return;
-            }
-            service.write("[D-BUS Service]\nName=" + name.toUtf8() + "\nExec=/bin/false\n");
-        }
-        xml += "<servicedir>" + QFile::encodeName(services) + "</servicedir>";
+        const QByteArray services = QFile::encodeName(dir_.filePath(QStringLiteral("services")));
+        for (const QString &name : options.activatableNames)
+            WriteFile(services + '/' + name.toUtf8() + ".service",
+                      "[D-BUS Service]\nName=" + name.toUtf8() + "\nExec=/bin/false\n");
+        xml += "<servicedir>" + services + "</servicedir>";
     }
     xml += "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
            "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>\n";
-    file.write(xml);
-    file.close();
-
-    QProcess *bus = launch(QStringLiteral("dbus-daemon"),
-                           {QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
-                            QStringLiteral("--config-file=") + config},
-                           base);
+    const QString config = dir_.filePath(QStringLiteral("session.conf"));
+    WriteFile(QFile::encodeName(config), xml);
+    QProcess *bus = start(QStringLiteral("dbus-daemon"),
+                          {QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
+                           QStringLiteral("--config-file=") + config},
+                          base);
     busAddress_ = QString::fromUtf8(ReadLineWithin(bus, 15000));
     if (busAddress_.isEmpty()) {
         failure_ = QStringLiteral("dbus-daemon did not start");
         return;
     }
 
-    if (options.windowManager) {
-        if (QStandardPaths::findExecutable(QStringLiteral("openbox")).isEmpty()) {
-            failure_ = QStringLiteral("openbox is not installed");
-            return;
-        }
+    QProcess *openbox =
         start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")}, environment(base));
-        const bool ready = WaitFor([this] {
+    const bool ready = WaitFor(
+        [this] {
             return run(QStringLiteral("xprop"),
                        {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")})
                 .contains("window id");
-        });
-        if (!ready)
-            failure_ = QStringLiteral("openbox did not take the screen");
-    }
+        },
+        30000);
+    if (!ready)
+        failure_ = QStringLiteral("openbox did not take the screen: ") +
+                   QString::fromLocal8Bit(openbox->readAllStandardOutput() +
+                                          openbox->readAllStandardError());
 }
 
 DesktopSession::~DesktopSession() {
@@ -124,8 +120,8 @@ QProcessEnvironment DesktopSession::environment(QProcessEnvironment base) const 
     return base;
 }
 
-QByteArray DesktopSession::run(const QString &program, const QStringList &arguments, int timeoutMs,
-                               int *exitCode) const {
+QByteArray DesktopSession::run(const QString &program, const QStringList &arguments,
+                               int timeoutMs) const {
     QProcess process;
     process.setProcessEnvironment(environment(QProcessEnvironment::systemEnvironment()));
     process.start(program, arguments);
@@ -133,13 +129,11 @@ QByteArray DesktopSession::run(const QString &program, const QStringList &argume
         process.kill();
         process.waitForFinished();
     }
-    if (exitCode != nullptr)
-        *exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     return process.readAllStandardOutput();
 }
 
-QProcess *DesktopSession::launch(const QString &program, const QStringList &arguments,
-                                 const QProcessEnvironment &environment) {
+QProcess *DesktopSession::start(const QString &program, const QStringList &arguments,
+                                const QProcessEnvironment &environment) {
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(environment);
     process->setProcessChannelMode(QProcess::SeparateChannels);
@@ -147,11 +141,6 @@ QProcess *DesktopSession::launch(const QString &program, const QStringList &argu
     process->waitForStarted(10000);
     processes_.push_back(std::move(process));
     return processes_.back().get();
-}
-
-QProcess *DesktopSession::start(const QString &program, const QStringList &arguments,
-                                const QProcessEnvironment &environment) {
-    return launch(program, arguments, environment);
 }
 
 int DesktopSession::stop(QProcess *process, int graceMs) {

@@ -1,6 +1,7 @@
-// A private desktop for end-to-end tests: Xvfb, optionally openbox, and a
-// session bus of its own. Every process it starts is stopped by its id when
-// the session ends.
+// A private desktop for end-to-end tests: Xvfb, openbox and a session bus of its
+// own. Every process it starts is stopped by its id when the session ends. A
+// tool of the tier that is missing, or a part that does not start, fails the
+// test that asked for the desktop: `make test` installs them all.
 #pragma once
 
 #include <QProcess>
@@ -14,28 +15,24 @@
 class DesktopSession {
 public:
     struct Options {
-        bool windowManager = true;
         QString busServiceDir; // activatable services of the private bus, if any
         // Names the bus offers as activatable (with a program that never starts),
         // as a desktop offers its file manager.
         QStringList activatableNames;
-        QString screen = QStringLiteral("1280x800x24");
     };
-    explicit DesktopSession(Options options);
-    DesktopSession() : DesktopSession(Options{}) {}
+    explicit DesktopSession(Options options = {});
     ~DesktopSession();
 
-    // Empty when everything started; otherwise why it did not.
+    // Empty when everything started; otherwise why it did not (a failure already).
     QString failure() const { return failure_; }
-    QString display() const { return display_; }
     QString busAddress() const { return busAddress_; }
 
     // `base` with this session's display and bus, and Qt on its X11 platform.
     QProcessEnvironment environment(QProcessEnvironment base) const;
 
     // Runs a helper program (xdotool, xprop, ...) on this display and returns its output.
-    QByteArray run(const QString &program, const QStringList &arguments, int timeoutMs = 10000,
-                   int *exitCode = nullptr) const;
+    QByteArray run(const QString &program, const QStringList &arguments,
+                   int timeoutMs = 10000) const;
 
     // Starts a program on this display; the session stops it at the end.
     QProcess *start(const QString &program, const QStringList &arguments,
@@ -44,8 +41,7 @@ public:
     static int stop(QProcess *process, int graceMs = 5000);
 
 private:
-    QProcess *launch(const QString &program, const QStringList &arguments,
-                     const QProcessEnvironment &environment);
+    void setUp(const Options &options);
 
     QTemporaryDir dir_;
     std::vector<std::unique_ptr<QProcess>> processes_;
@@ -54,5 +50,5 @@ private:
     QString failure_;
 };
 
-// Polls `condition` while running the event loop, up to `timeoutMs`.
+// Whether `condition` came true within `timeoutMs`, the event loop running meanwhile.
 bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 10000);

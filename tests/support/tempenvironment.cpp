@@ -8,45 +8,23 @@
 #include <ftw.h>
 #include <unistd.h>
 
-namespace {
-
-// Removes a tree byte for byte: names that are not UTF-8 defeat QDir, not this.
 void RemoveTree(const QByteArray &root) {
     ::nftw(
         root.constData(),
-        [](const char *path, const struct stat *, int type, struct FTW *) {
-            if (type == FTW_DP)
-                ::rmdir(path);
-            else
-                ::unlink(path);
-            return 0;
-        },
+        [](const char *path, const struct stat *, int, struct FTW *) { return ::remove(path), 0; },
         16, FTW_DEPTH | FTW_PHYS);
 }
 
-constexpr const char *kVariables[] = {
-    "HOME",          "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_RUNTIME_DIR",
-    "XDG_DATA_HOME", "XDG_CACHE_HOME"};
-} // namespace
-
 TempEnvironment::TempEnvironment() {
     EXPECT_TRUE(dir_.isValid());
-    for (const char *name : kVariables) {
+    for (const auto &[name, value] : variables()) {
         saved_.insert(name, qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name))
                                                             : std::nullopt);
+        QDir().mkpath(QFile::decodeName(value));
+        qputenv(name, value);
     }
-    QDir().mkpath(QFile::decodeName(home()));
-    QDir().mkpath(QFile::decodeName(configHome()));
-    QDir().mkpath(QFile::decodeName(systemConfig()));
-    QDir().mkpath(QFile::decodeName(runtimeDir()));
     QFile::setPermissions(QFile::decodeName(runtimeDir()),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    qputenv("HOME", home());
-    qputenv("XDG_CONFIG_HOME", configHome());
-    qputenv("XDG_CONFIG_DIRS", systemConfig());
-    qputenv("XDG_RUNTIME_DIR", runtimeDir());
-    qputenv("XDG_DATA_HOME", root() + "/home/.local/share");
-    qputenv("XDG_CACHE_HOME", root() + "/home/.cache");
 }
 
 TempEnvironment::~TempEnvironment() {
@@ -59,33 +37,22 @@ TempEnvironment::~TempEnvironment() {
     }
 }
 
-QByteArray TempEnvironment::root() const {
-    return QFile::encodeName(dir_.path());
-}
-QByteArray TempEnvironment::home() const {
-    return root() + "/home";
-}
-QByteArray TempEnvironment::configHome() const {
-    return root() + "/home/.config";
-}
-QByteArray TempEnvironment::systemConfig() const {
-    return root() + "/etc-xdg";
-}
-QByteArray TempEnvironment::runtimeDir() const {
-    return root() + "/run";
-}
-
 QProcessEnvironment TempEnvironment::processEnvironment() const {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("HOME"), QFile::decodeName(home()));
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), QFile::decodeName(configHome()));
-    environment.insert(QStringLiteral("XDG_CONFIG_DIRS"), QFile::decodeName(systemConfig()));
-    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QFile::decodeName(runtimeDir()));
-    environment.insert(QStringLiteral("XDG_CACHE_HOME"),
-                       QFile::decodeName(root() + "/home/.cache"));
-    environment.insert(QStringLiteral("XDG_DATA_HOME"),
-                       QFile::decodeName(root() + "/home/.local/share"));
+    for (const auto &[name, value] : variables())
+        environment.insert(QLatin1String(name), QFile::decodeName(value));
     return environment;
+}
+
+// Temporary files, and Qt's run-time folder where there is none, go in here too.
+QList<std::pair<const char *, QByteArray>> TempEnvironment::variables() const {
+    return {{"HOME", home()},
+            {"XDG_CONFIG_HOME", configHome()},
+            {"XDG_CONFIG_DIRS", root() + "/etc-xdg"},
+            {"XDG_RUNTIME_DIR", runtimeDir()},
+            {"XDG_DATA_HOME", root() + "/home/.local/share"},
+            {"XDG_CACHE_HOME", root() + "/home/.cache"},
+            {"TMPDIR", root() + "/tmp"}};
 }
 
 void WriteFile(const QByteArray &path, const QByteArray &contents) {

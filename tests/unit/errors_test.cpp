@@ -88,15 +88,6 @@ TEST_F(ErrorsTest, AnOfferNamesTheItemAndReportsTheChoice) {
     EXPECT_EQ(alert.escapeButton, 2);
 }
 
-TEST_F(ErrorsTest, ManagerStatusWinsOverTheNullResult) {
-    int block = 0;
-    const QList<OSErr> statuses{TestMemError(nullptr),       TestMemError(&block),
-                                TestMemError(&block, ioErr), TestResError(nullptr),
-                                TestResError(&block),        TestResError(nullptr, fnfErr)};
-    EXPECT_EQ(statuses, (QList<OSErr>{memFullErr, noErr, ioErr, resNotFound, noErr, fnfErr}));
-    EXPECT_EQ(alerts.alerts.size(), 4);
-}
-
 // Every status the errno table or the program can produce has its own message.
 TEST(ErrnoMapping, EveryMappedStatusHasItsOwnMessage) {
     for (int error = 1; error < 134; ++error)

@@ -59,7 +59,7 @@ TEST(ProcessTableTest, ProgramsAndScriptsAreFoundByNameAndZombiesAreNot) {
     TempEnvironment environment;
     const QString copy = QFile::decodeName(environment.root() + "/kestrel-menu");
     const QByteArray script = environment.root() + "/autokey-gtk";
-    WriteFile(script, "while true; do sleep 1; done\n");
+    WriteFile(script, "read line\n"); // waits on its input, with no child to outlive it
     ASSERT_TRUE(QFile::copy(QStringLiteral("/bin/sleep"), copy));
     QProcess menu, engine; // a program, and a script of an interpreter
     menu.start(copy, {QStringLiteral("30")});

@@ -1,10 +1,8 @@
 // Opening, revealing and showing the information of items, and what a failed
 // choice says, against doubles of the desktop's programs, on real files.
 #include "core/errors.h"
-#include "core/folders.h"
 #include "finder/choicefailure.h"
 #include "finder/finderevents.h"
-#include "platform/dbusfilemanager.h"
 #include "platform/doubles/fakealerts.h"
 #include "platform/doubles/fakefilemanager.h"
 #include "platform/doubles/fakefrontwindow.h"
@@ -156,16 +154,6 @@ TEST_F(FinderEventsTest, FailuresSayWhatHappenedToTheItem) {
     ASSERT_TRUE(WaitFor([&] { return alerts.alerts.size() == 2; }, 2000));
     EXPECT_EQ(alerts.alerts[1].headline,
               QStringLiteral("Fake Files could not be reached to show “Docs”."));
-}
-
-TEST(FileUriTest, AnyNameComesBackByteForByte) {
-    for (const QByteArray &name :
-         {QByteArray("with space"), QByteArray("hash#tag?q=1&x"), QByteArray("100% sure"),
-          QByteArray("line\nbreak"), QByteArray("\xff\xfe not UTF-8"), QByteArray(255, 'n')}) {
-        const QByteArray uri = FileUriFromPath("/srv/" + name);
-        EXPECT_FALSE(uri.contains('#') || uri.contains('?') || uri.contains('\n'));
-        EXPECT_EQ(QByteArray::fromPercentEncoding(uri.mid(7)), "/srv/" + name);
-    }
 }
 
 } // namespace

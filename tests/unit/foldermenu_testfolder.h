@@ -1,6 +1,8 @@
 // A real temporary folder for folder menu tests, filled by raw byte names.
 #pragma once
 
+#include "tests/support/tempenvironment.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QList>
@@ -9,20 +11,13 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <ftw.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 class Folder {
 public:
     Folder() { EXPECT_TRUE(dir_.isValid()); }
-    // Names that are not valid text are beyond QDir: remove everything by bytes.
-    ~Folder() {
-        nftw(
-            path().constData(),
-            [](const char *entry, const struct stat *, int, FTW *) { return ::remove(entry); }, 16,
-            FTW_DEPTH | FTW_PHYS);
-    }
+    ~Folder() { RemoveTree(path()); }
     QByteArray path() const { return QFile::encodeName(dir_.path()); }
     QByteArray at(const QByteArray &name) const { return path() + '/' + name; }
     void touch(const QByteArray &name, const QByteArray &contents = {}) const {

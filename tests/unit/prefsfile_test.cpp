@@ -225,12 +225,4 @@ TEST_F(PrefsFileTest, OnlyTemporaryFilesOfEarlierSavesAreRemoved) {
                                  QStringLiteral("prefs.x9Y8z!")}));
 }
 
-TEST_F(PrefsFileTest, AFailedSaveIsNotifiedNeverAlerted) {
-    ASSERT_EQ(::symlink("/no/such/folder/prefs", file().constData()), 0);
-    EXPECT_EQ(SavePreferences(), fnfErr);
-    EXPECT_TRUE(alerts.alerts.isEmpty());
-    ASSERT_EQ(notifications.sent.size(), 1);
-    EXPECT_TRUE(notifications.sent[0][1].contains(QFile::decodeName(file())));
-}
-
 } // namespace

@@ -1,9 +1,0 @@
-// Test entry point for widget tests (run on the offscreen platform).
-#include <QApplication>
-#include <gtest/gtest.h>
-
-int main(int argc, char **argv) {
-    QApplication application(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}
