@@ -21,7 +21,7 @@ struct PlatformServices::Implementations {
     platform::MessageBoxAlerts alerts;
     platform::XdgAutostart loginItems;
     platform::MountInfoWatcher mounts;
-    platform::X11FrontWindow frontWindow;
+    platform::X11FrontWindow frontWindow{[this] { return activationTokens.lastInputTime(); }};
     platform::XcbPointer pointer;
     platform::X11TitleWindows titleWindows;
     platform::DBusFileManager fileManager;

@@ -32,6 +32,30 @@ bool NamesDesktop(gchar **names, const QByteArray &desktops) {
     return false;
 }
 
+// Whether the raw value of `key` ends in a lone "\\". GLib refuses such a value
+// but warns on standard error each time it reads one, as a bug of its caller.
+bool EndsInLoneEscape(GKeyFile *file, const char *key) {
+    const GCharPtr raw(g_key_file_get_value(file, kMainGroup, key, nullptr));
+    if (!raw)
+        return false;
+    const std::string_view text(raw.get());
+    const auto last = text.find_last_not_of('\\');
+    const std::size_t escapes = text.size() - (last == std::string_view::npos ? 0 : last + 1);
+    return escapes % 2 == 1;
+}
+
+GCharPtr StringValue(GKeyFile *file, const char *key) {
+    if (EndsInLoneEscape(file, key))
+        return nullptr;
+    return GCharPtr(g_key_file_get_string(file, kMainGroup, key, nullptr));
+}
+
+GStrvPtr StringList(GKeyFile *file, const char *key) {
+    if (EndsInLoneEscape(file, key))
+        return nullptr;
+    return GStrvPtr(g_key_file_get_string_list(file, kMainGroup, key, nullptr, nullptr));
+}
+
 } // namespace
 
 std::optional<DesktopEntry> DesktopEntry::read(const QByteArray &path) {
@@ -54,8 +78,7 @@ std::optional<DesktopEntry> DesktopEntry::parse(const QByteArray &contents) {
 }
 
 std::optional<QString> DesktopEntry::value(const QString &key) const {
-    const GCharPtr text(
-        g_key_file_get_string(file_.get(), kMainGroup, key.toUtf8().constData(), nullptr));
+    const GCharPtr text = StringValue(file_.get(), key.toUtf8().constData());
     if (!text)
         return std::nullopt;
     return QString::fromUtf8(text.get());
@@ -92,15 +115,13 @@ bool DesktopEntry::isDisabled() const {
 bool DesktopEntry::isShownIn(const QByteArray &desktops) const {
     if (boolValue(QStringLiteral("Hidden"), false))
         return false;
-    const GStrvPtr only(
-        g_key_file_get_string_list(file_.get(), kMainGroup, "OnlyShowIn", nullptr, nullptr));
+    const GStrvPtr only = StringList(file_.get(), "OnlyShowIn");
     if (only && !NamesDesktop(only.get(), desktops))
         return false;
-    const GStrvPtr notIn(
-        g_key_file_get_string_list(file_.get(), kMainGroup, "NotShowIn", nullptr, nullptr));
+    const GStrvPtr notIn = StringList(file_.get(), "NotShowIn");
     if (notIn && NamesDesktop(notIn.get(), desktops))
         return false;
-    const GCharPtr tryExec(g_key_file_get_string(file_.get(), kMainGroup, "TryExec", nullptr));
+    const GCharPtr tryExec = StringValue(file_.get(), "TryExec");
     if (!tryExec)
         return true;
     const GCharPtr found(g_find_program_in_path(tryExec.get()));
@@ -108,7 +129,7 @@ bool DesktopEntry::isShownIn(const QByteArray &desktops) const {
 }
 
 std::optional<QByteArray> DesktopEntry::execProgram() const {
-    const GCharPtr exec(g_key_file_get_string(file_.get(), kMainGroup, "Exec", nullptr));
+    const GCharPtr exec = StringValue(file_.get(), "Exec");
     if (!exec)
         return std::nullopt;
     gchar **argv = nullptr;

@@ -12,6 +12,7 @@ class StartupIdTokens final : public QObject, public ActivationTokens {
 public:
     StartupIdTokens();
     QByteArray newToken() override;
+    unsigned long lastInputTime() const { return lastInputTime_; }
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -61,15 +61,15 @@ bool X11FrontWindow::setFrontProcess(const ProcessSerialNumber &process) {
     if (window == XCB_NONE)
         return false;
 
-    // Asked as a pager would (source 2), so that the window manager obeys
-    // rather than weighing it against focus-stealing rules.
+    // Asked as an application (source 1) with the time of the user's last
+    // press, so that the window manager's focus-stealing rules still hold.
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = window;
     message.type = x11::Atom("_NET_ACTIVE_WINDOW");
-    message.data.data32[0] = 2;
-    message.data.data32[1] = XCB_CURRENT_TIME;
+    message.data.data32[0] = 1;
+    message.data.data32[1] = std::uint32_t(userTime_());
     message.data.data32[2] = activeWindow();
     xcb_send_event(connection, 0, x11::RootWindow(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,

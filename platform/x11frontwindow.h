@@ -12,7 +12,9 @@ namespace platform {
 
 class X11FrontWindow final : public FrontWindow, public QAbstractNativeEventFilter {
 public:
-    X11FrontWindow() = default;
+    // `userTime` gives the server time of the user's last key or button press.
+    explicit X11FrontWindow(std::function<unsigned long()> userTime)
+        : userTime_(std::move(userTime)) {}
     ~X11FrontWindow() override;
 
     ProcessSerialNumber frontProcess() override;
@@ -28,6 +30,7 @@ private:
     void watchActiveWindow();
     void reportSwitch();
 
+    std::function<unsigned long()> userTime_;
     std::function<void()> handler_;
     bool filtering_ = false;
     bool reportPending_ = false;
