@@ -38,7 +38,7 @@ std::optional<ColourScheme> appliedScheme;
 } // namespace
 
 QString ChooseIconTheme(const QString &platformTheme, const platform::ToolkitSettings &xsettings,
-                        const platform::ToolkitSettings &settingsIni, ColourScheme scheme,
+                        const platform::ToolkitSettings &settingsIni, bool dark,
                         const QStringList &searchPaths) {
     QString chosen;
     for (const QString &named : {platformTheme, xsettings.iconTheme, settingsIni.iconTheme}) {
@@ -50,8 +50,7 @@ QString ChooseIconTheme(const QString &platformTheme, const platform::ToolkitSet
     if (chosen.isEmpty())
         chosen = platform::FirstCompleteIconTheme(searchPaths);
     // Monochrome icons drawn for a light background vanish on a dark one.
-    if (scheme == ColourScheme::Dark &&
-        !chosen.endsWith(QLatin1String("-dark"), Qt::CaseInsensitive))
+    if (dark && !chosen.endsWith(QLatin1String("-dark"), Qt::CaseInsensitive))
         for (const QString &dark :
              {chosen + QLatin1String("-dark"), chosen + QLatin1String("-Dark")})
             if (platform::IsInstalledIconTheme(dark, searchPaths))
@@ -102,13 +101,6 @@ void ApplyDesktopLook() {
     const QStringList searchPaths = QIcon::themeSearchPaths();
     const ColourScheme scheme =
         ChooseColourScheme(desktop.portalColourScheme(), xsettings, settingsIni);
-    const QString iconTheme =
-        ChooseIconTheme(platformTheme, xsettings, settingsIni, scheme, searchPaths);
-    QIcon::setThemeName(iconTheme);
-    // Icons a chosen theme lacks come from a complete one.
-    const QString fallback = platform::FirstCompleteIconTheme(searchPaths, iconTheme);
-    QIcon::setFallbackThemeName(fallback.isEmpty() ? QStringLiteral("hicolor") : fallback);
-
     if (scheme != appliedScheme) {
         // The platform theme's own palette first; a dark one of ours where the
         // desktop prefers dark and that palette is light.
@@ -119,6 +111,15 @@ void ApplyDesktopLook() {
         else if (scheme == ColourScheme::Light && IsDark(desktopPalette))
             QApplication::setPalette(QApplication::style()->standardPalette());
     }
+
+    // Dark by preference or by the desktop's own palette (a dark colour scheme
+    // of the platform theme, with no preference said anywhere else).
+    const QString iconTheme = ChooseIconTheme(platformTheme, xsettings, settingsIni,
+                                              IsDark(QApplication::palette()), searchPaths);
+    QIcon::setThemeName(iconTheme);
+    // Icons a chosen theme lacks come from a complete one.
+    const QString fallback = platform::FirstCompleteIconTheme(searchPaths, iconTheme);
+    QIcon::setFallbackThemeName(fallback.isEmpty() ? QStringLiteral("hicolor") : fallback);
 
     if (iconTheme == appliedIconTheme && scheme == appliedScheme)
         return;

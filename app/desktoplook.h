@@ -13,11 +13,11 @@
 // The icon theme to use: the one Qt's platform theme names (`platformTheme`,
 // empty where it names none of the desktop's), else the one XSETTINGS or
 // settings.ini names, each only if it is installed; failing those, the first
-// complete theme installed. On a dark desktop its "-dark" companion where one
-// is installed. Empty when no complete theme is installed: Qt's own icons are
+// complete theme installed. Where the look is dark (`dark`) its "-dark"
+// companion where one is installed. Empty when no complete theme is installed: Qt's own icons are
 // then all there is.
 QString ChooseIconTheme(const QString &platformTheme, const platform::ToolkitSettings &xsettings,
-                        const platform::ToolkitSettings &settingsIni, platform::ColourScheme scheme,
+                        const platform::ToolkitSettings &settingsIni, bool dark,
                         const QStringList &searchPaths);
 // Dark or light: the portal's preference where it has one; otherwise the
 // toolkit settings' (a dark preference, or a theme named "…-dark").

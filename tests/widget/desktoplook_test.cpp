@@ -51,10 +51,10 @@ protected:
 };
 
 TEST_F(DesktopLookTest, TheIconThemeIsThePlatformsThenXSettingsThenSettingsIniThenAComplete) {
-    const auto dark = ColourScheme::Dark, none = ColourScheme::NoPreference;
+    const bool dark = true, none = false;
     const struct {
         const char *platform, *xsettings, *settingsIni;
-        ColourScheme scheme;
+        bool dark;
         const char *chosen;
     } cases[] = {
         {"", "", "", none, "Adwaita"}, // the desktops' own before others
@@ -69,7 +69,7 @@ TEST_F(DesktopLookTest, TheIconThemeIsThePlatformsThenXSettingsThenSettingsIniTh
         const ToolkitSettings xsettings{QLatin1String(c.xsettings), {}, {}};
         const ToolkitSettings settingsIni{QLatin1String(c.settingsIni), {}, {}};
         EXPECT_EQ(
-            ChooseIconTheme(QLatin1String(c.platform), xsettings, settingsIni, c.scheme, paths),
+            ChooseIconTheme(QLatin1String(c.platform), xsettings, settingsIni, c.dark, paths),
             QLatin1String(c.chosen))
             << c.platform << "|" << c.xsettings << "|" << c.settingsIni;
     }
