@@ -85,7 +85,11 @@ sleep "$idle"
 after=$(ran)
 awk -v ns=$(( after - before )) -v s="$idle" \
     'BEGIN { printf "idle CPU over %d s with the pointer away: %.4f%% of one core (%.1f ms)\n", s, 100 * ns / 1e9 / s, ns / 1e6 }'
-echo "resident memory: $(awk '/^VmRSS/ {printf "%.1f MB", $2 / 1024}' "/proc/$app/status")"
+# Resident counts the pages of shared libraries (Qt, GLib) that other programs
+# share; the program's own anonymous memory is given beside it.
+echo "resident memory: $(awk '/^VmRSS/ {rss = $2} /^RssAnon/ {anon = $2}
+    END {printf "%.1f MB, of which %.1f MB its own anonymous memory, the rest pages of shared libraries", rss / 1024, anon / 1024}' \
+    "/proc/$app/status")"
 
 # The first click, from outside: a menu folder that holds `entries` files,
 # from the press on the title (xdotool) until the menu's window is mapped.
