@@ -68,9 +68,8 @@ TEST_F(DesktopLookTest, TheIconThemeIsThePlatformsThenXSettingsThenSettingsIniTh
     for (const auto &c : cases) {
         const ToolkitSettings xsettings{QLatin1String(c.xsettings), {}, {}};
         const ToolkitSettings settingsIni{QLatin1String(c.settingsIni), {}, {}};
-        EXPECT_EQ(
-            ChooseIconTheme(QLatin1String(c.platform), xsettings, settingsIni, c.dark, paths),
-            QLatin1String(c.chosen))
+        EXPECT_EQ(ChooseIconTheme(QLatin1String(c.platform), xsettings, settingsIni, c.dark, paths),
+                  QLatin1String(c.chosen))
             << c.platform << "|" << c.xsettings << "|" << c.settingsIni;
     }
     EXPECT_TRUE(ChooseIconTheme({}, {}, {}, none, {QStringLiteral(":/icons")}).isEmpty())
