@@ -325,8 +325,8 @@ OSErr DBusFileManager::moveInto(const QByteArray &item, const QByteArray &folder
 OSErr DBusFileManager::moveToTrash(const QByteArray &item) {
     GObjectPtr<GFile> file(g_file_new_for_path(item.constData()));
     GError *error = nullptr;
-    // GIO keeps the trash of the freedesktop specification: the item and a
-    // .trashinfo that says where it came from.
+    // GIO keeps the desktop's own trash: the item, and a .trashinfo that says
+    // where it came from, so that the file manager can put it back.
     if (!g_file_trash(file.get(), nullptr, &error))
         return StatusOf(error);
     return noErr;
