@@ -3,6 +3,8 @@
 #include "core/errors.h"
 
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <sys/stat.h>
 
 namespace {
@@ -90,6 +92,11 @@ QByteArray ParentPath(const QByteArray &path) {
     if (slash <= 0)
         return "/";
     return trimmed.left(slash);
+}
+
+QByteArray RealPath(const QByteArray &path) {
+    char resolved[PATH_MAX];
+    return ::realpath(path.constData(), resolved) != nullptr ? QByteArray(resolved) : QByteArray();
 }
 
 QByteArray LastPathComponent(const QByteArray &path) {

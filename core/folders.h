@@ -21,6 +21,9 @@ QList<QByteArray> ApplicationFolders();
 QByteArray JoinPath(const QByteArray &folder, const QByteArray &name);
 // The parent folder of an absolute path; "/" is its own parent.
 QByteArray ParentPath(const QByteArray &path);
+// The path with every link and "." or ".." resolved; empty when it cannot be
+// resolved (errno says why).
+QByteArray RealPath(const QByteArray &path);
 // The last component of a path ("" for "/").
 QByteArray LastPathComponent(const QByteArray &path);
 // "file://" and the path's bytes, percent-encoded byte by byte, so that any
