@@ -79,12 +79,6 @@ QVariantList BusCall(QDBusConnection &connection, const QString &method,
     return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments() : QVariantList();
 }
 
-OSErr StatusOf(GError *error) {
-    const OSErr err = OSErrFromGioError(error->domain, error->code);
-    g_error_free(error);
-    return err;
-}
-
 // Copies a folder and everything in it; links are copied as links.
 bool CopyRecursively(GFile *source, GFile *destination, GError **error) {
     const GFileType type =
@@ -157,7 +151,6 @@ DBusFileManager::DBusFileManager(QDBusConnection connection)
         pid_ = BusCall(connection_, QStringLiteral("GetConnectionUnixProcessID"), {owner})
                    .value(0)
                    .toUInt();
-        name_ = ProgramTitle(processes_.process(pid_));
     }
 }
 
@@ -183,9 +176,7 @@ void DBusFileManager::ownerChanged(const QString &owner) {
                if (owner != owner_ || reply.type() != QDBusMessage::ReplyMessage)
                    return;
                pid_ = reply.arguments().value(0).toUInt();
-               name_ = ProgramTitle(processes_.process(pid_));
-               qCDebug(lcFileManager, "the file manager is %s (process %lld)", qPrintable(name_),
-                       qlonglong(pid_));
+               qCDebug(lcFileManager, "the file manager is process %lld", qlonglong(pid_));
            });
 }
 
@@ -198,6 +189,10 @@ std::int64_t DBusFileManager::serviceProcess() {
 }
 
 QString DBusFileManager::serviceName() {
+    // Only messages of failure name it: every installed application is read to
+    // find its name, which start-up and clicks need not wait for.
+    if (name_.isEmpty() && pid_ != 0)
+        name_ = ProgramTitle(processes_.process(pid_));
     return name_;
 }
 
@@ -288,7 +283,7 @@ OSErr DBusFileManager::alternativeOpenFolders(const QList<QByteArray> &paths) {
     g_list_free_full(files, g_object_unref);
     if (!launched) {
         qCWarning(lcFileManager, "the folder application did not start: %s", error->message);
-        return StatusOf(error);
+        return TakeGioError(error);
     }
     return noErr;
 }
@@ -299,7 +294,7 @@ OSErr DBusFileManager::copyInto(const QByteArray &item, const QByteArray &folder
         g_file_new_for_path(JoinPath(folder, LastPathComponent(item)).constData()));
     GError *error = nullptr;
     if (!CopyRecursively(source.get(), destination.get(), &error))
-        return StatusOf(error);
+        return TakeGioError(error);
     return noErr;
 }
 
@@ -313,12 +308,12 @@ OSErr DBusFileManager::moveInto(const QByteArray &item, const QByteArray &folder
         return noErr;
     // Across file systems a folder cannot be moved in one step: copy, then delete.
     if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_WOULD_RECURSE))
-        return StatusOf(error);
+        return TakeGioError(error);
     g_clear_error(&error);
     if (!CopyRecursively(source.get(), destination.get(), &error))
-        return StatusOf(error);
+        return TakeGioError(error);
     if (!DeleteRecursively(source.get(), &error))
-        return StatusOf(error);
+        return TakeGioError(error);
     return noErr;
 }
 
@@ -328,7 +323,7 @@ OSErr DBusFileManager::moveToTrash(const QByteArray &item) {
     // GIO keeps the desktop's own trash: the item, and a .trashinfo that says
     // where it came from, so that the file manager can put it back.
     if (!g_file_trash(file.get(), nullptr, &error))
-        return StatusOf(error);
+        return TakeGioError(error);
     return noErr;
 }
 

@@ -4,7 +4,9 @@
 
 namespace platform {
 
-OSErr OSErrFromGioError(std::uint32_t domain, int code) {
+namespace {
+
+OSErr StatusOf(GQuark domain, int code) {
     if (domain == G_IO_ERROR) {
         switch (code) {
         case G_IO_ERROR_NOT_FOUND:
@@ -68,6 +70,14 @@ OSErr OSErrFromGioError(std::uint32_t domain, int code) {
         }
     }
     return ioErr;
+}
+
+} // namespace
+
+OSErr TakeGioError(GError *error) {
+    const OSErr err = StatusOf(error->domain, error->code);
+    g_error_free(error);
+    return err;
 }
 
 } // namespace platform

@@ -1,12 +1,13 @@
-// Statuses for the errors GIO and GLib report (domain and code of a GError).
+// Statuses for the errors GIO and GLib report.
 #pragma once
 
 #include "core/types.h"
 
-#include <cstdint>
+typedef struct _GError GError;
 
 namespace platform {
 
-OSErr OSErrFromGioError(std::uint32_t domain, int code);
+// The status for `error` (its domain and code); frees it.
+OSErr TakeGioError(GError *error);
 
 } // namespace platform

@@ -19,9 +19,7 @@ namespace {
 
 OSErr StatusOf(GError *error, const char *what) {
     qCWarning(lcLauncher, "%s: %s", what, error->message);
-    const OSErr err = OSErrFromGioError(error->domain, error->code);
-    g_error_free(error);
-    return err;
+    return TakeGioError(error);
 }
 
 bool RunsInTerminal(GAppInfo *application) {
@@ -161,9 +159,7 @@ OSErr GioLauncher::launchProgram(const QByteArray &program, const QList<QByteArr
     for (QByteArray &argument : storage)
         argv.push_back(argument.data());
     argv.push_back(nullptr);
-    gchar **environment = g_get_environ();
-    if (const QByteArray token = NewActivationToken(); !token.isEmpty())
-        environment = g_environ_setenv(environment, "DESKTOP_STARTUP_ID", token.constData(), TRUE);
+    gchar **environment = LaunchEnvironment();
     GPid started = 0;
     GError *error = nullptr;
     // Without G_SPAWN_DO_NOT_REAP_CHILD the program is reaped for us, and is

@@ -18,6 +18,15 @@ struct GObjectDeleter {
 };
 template <typename T> using GObjectPtr = std::unique_ptr<T, GObjectDeleter>;
 
+// This program's environment with the user's activation token, for a program
+// spawned directly; free it with g_strfreev.
+inline gchar **LaunchEnvironment() {
+    gchar **environment = g_get_environ();
+    if (const QByteArray token = NewActivationToken(); !token.isEmpty())
+        environment = g_environ_setenv(environment, "DESKTOP_STARTUP_ID", token.constData(), TRUE);
+    return environment;
+}
+
 // A launch context that hands the program the user's activation token, so
 // that its window may come forward without being forced.
 inline GObjectPtr<GAppLaunchContext> NewLaunchContext() {

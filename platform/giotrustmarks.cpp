@@ -26,8 +26,7 @@ void MarkFinished(GObject *file, GAsyncResult *result, gpointer data) {
     OSErr err = noErr;
     if (!g_file_set_attributes_finish(G_FILE(file), result, nullptr, &error)) {
         qCWarning(lcTrustMarks, "the trust mark could not be set: %s", error->message);
-        err = OSErrFromGioError(error->domain, error->code);
-        g_error_free(error);
+        err = TakeGioError(error);
     } else {
         qCDebug(lcTrustMarks, "marked as trusted: %s", g_file_peek_path(G_FILE(file)));
     }

@@ -68,11 +68,19 @@ bool HasIcon(const QStringList &folders, const QString &icon) {
     return false;
 }
 
+bool CompleteIndex(const ThemeIndex &index, const QStringList &searchPaths, QSet<QString> &seen);
+
+// Whether the theme `name` shows a folder and a plain file by itself or
+// through the themes it inherits (hicolor, every theme's last resort, aside).
 bool Complete(const QString &name, const QStringList &searchPaths, QSet<QString> &seen) {
     if (name == QLatin1String("hicolor") || seen.contains(name) || seen.size() > 16)
         return false;
     seen.insert(name);
-    const ThemeIndex index = ReadIndex(name, searchPaths);
+    return CompleteIndex(ReadIndex(name, searchPaths), searchPaths, seen);
+}
+
+// The same, for a theme whose index is read already.
+bool CompleteIndex(const ThemeIndex &index, const QStringList &searchPaths, QSet<QString> &seen) {
     if (!index.found)
         return false;
     if (HasIcon(index.folders, QStringLiteral("folder")) &&
@@ -90,11 +98,6 @@ bool IsInstalledIconTheme(const QString &name, const QStringList &searchPaths) {
     return ReadIndex(name, searchPaths).found;
 }
 
-bool IsCompleteIconTheme(const QString &name, const QStringList &searchPaths) {
-    QSet<QString> seen;
-    return Complete(name, searchPaths, seen);
-}
-
 QString FirstCompleteIconTheme(const QStringList &searchPaths, const QString &except) {
     QStringList candidates;
     for (const char *name : kDesktopThemes)
@@ -107,10 +110,15 @@ QString FirstCompleteIconTheme(const QStringList &searchPaths, const QString &ex
     candidates += others;
     candidates.removeDuplicates();
     // Looked at in order, and no further than needed: reading a theme costs milliseconds.
-    for (const QString &theme : std::as_const(candidates))
-        if (theme != except && !ReadIndex(theme, searchPaths).hidden &&
-            IsCompleteIconTheme(theme, searchPaths))
+    for (const QString &theme : std::as_const(candidates)) {
+        if (theme == except || theme == QLatin1String("hicolor"))
+            continue;
+        // Each theme's index is read once: hidden themes are no choice.
+        const ThemeIndex index = ReadIndex(theme, searchPaths);
+        QSet<QString> seen{theme};
+        if (!index.hidden && CompleteIndex(index, searchPaths, seen))
             return theme;
+    }
     return {};
 }
 

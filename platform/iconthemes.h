@@ -9,11 +9,10 @@ namespace platform {
 
 // Whether `name` is a theme with an index.theme in one of `searchPaths`.
 bool IsInstalledIconTheme(const QString &name, const QStringList &searchPaths);
-// Whether the theme shows a folder and a plain file by itself or through the
-// themes it inherits (hicolor, every theme's last resort, aside).
-bool IsCompleteIconTheme(const QString &name, const QStringList &searchPaths);
-// The first complete theme installed other than `except`: the desktops' own
-// first (Adwaita, Breeze, elementary, ...), then the others by name; empty for none.
+// The first complete theme installed other than `except` (one that shows a
+// folder and a plain file by itself or through the themes it inherits, hicolor
+// aside): the desktops' own first (Adwaita, Breeze, elementary, ...), then the
+// others by name; empty for none.
 QString FirstCompleteIconTheme(const QStringList &searchPaths, const QString &except = {});
 
 // Whether the icon theme Qt's platform theme names is the desktop's choice (a

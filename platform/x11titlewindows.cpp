@@ -67,11 +67,7 @@ X11TitleWindows::~X11TitleWindows() {
 }
 
 bool X11TitleWindows::compositingManagerRunning() {
-    xcb_connection_t *connection = x11::Connection();
-    const xcb_atom_t selection = CompositorSelection();
-    if (connection == nullptr || selection == XCB_ATOM_NONE)
-        return false;
-    return x11::SelectionOwner(selection) != XCB_NONE;
+    return x11::SelectionOwner(CompositorSelection()) != XCB_NONE;
 }
 
 void X11TitleWindows::filterEvents() {
@@ -223,7 +219,10 @@ bool X11TitleWindows::nativeEventFilter(const QByteArray &eventType, void *messa
     if (eventType != "xcb_generic_event_t")
         return false;
     const auto *event = static_cast<const xcb_generic_event_t *>(message);
-    if (changed_ && x11::SelectionOwnerChanged(event) == CompositorSelection()) {
+    // Every event passes here: the selection's name is only looked at for a
+    // change of a selection's owner.
+    if (const xcb_atom_t selection = x11::SelectionOwnerChanged(event);
+        changed_ && selection != XCB_ATOM_NONE && selection == CompositorSelection()) {
         // After the event, not inside it: the handler repaints windows.
         QTimer::singleShot(0, [this] {
             if (changed_)

@@ -54,14 +54,12 @@ XdgDesktopSettings::XdgDesktopSettings()
       portal_(std::make_unique<SettingsPortal>([this] { changed(); })) {
     // The folders, not only the files: editors and settings tools replace the
     // file, and it may not exist yet.
-    QObject::connect(&iniWatch_, &QFileSystemWatcher::directoryChanged, [this] {
+    const auto reread = [this] {
         readSettingsIni();
         changed();
-    });
-    QObject::connect(&iniWatch_, &QFileSystemWatcher::fileChanged, [this] {
-        readSettingsIni();
-        changed();
-    });
+    };
+    QObject::connect(&iniWatch_, &QFileSystemWatcher::directoryChanged, reread);
+    QObject::connect(&iniWatch_, &QFileSystemWatcher::fileChanged, reread);
     readSettingsIni();
 }
 

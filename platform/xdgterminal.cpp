@@ -168,9 +168,7 @@ OSErr XdgTerminal::openIn(const QByteArray &folder) {
         argv.push_back(word.data());
     argv.push_back(nullptr);
     // The shell in the terminal keeps the folder's name as the user knows it.
-    gchar **environment = g_environ_setenv(g_get_environ(), "PWD", folder.constData(), TRUE);
-    if (const QByteArray token = NewActivationToken(); !token.isEmpty())
-        environment = g_environ_setenv(environment, "DESKTOP_STARTUP_ID", token.constData(), TRUE);
+    gchar **environment = g_environ_setenv(LaunchEnvironment(), "PWD", folder.constData(), TRUE);
     GError *error = nullptr;
     const gboolean spawned = g_spawn_async(folder.constData(), argv.data(), environment,
                                            G_SPAWN_DEFAULT, nullptr, nullptr, nullptr, &error);
@@ -178,9 +176,7 @@ OSErr XdgTerminal::openIn(const QByteArray &folder) {
     if (spawned)
         return noErr;
     qCWarning(lcTerminal, "the terminal did not start: %s", error->message);
-    const OSErr err = OSErrFromGioError(error->domain, error->code);
-    g_error_free(error);
-    return err;
+    return TakeGioError(error);
 }
 
 } // namespace platform
