@@ -56,10 +56,8 @@ QByteArray SingleInstance::lockName() {
     // one key: the file system resolves the name.
     QByteArray preferences;
     FindPreferencesFolder(&preferences, true);
-    if (char *resolved = ::realpath(preferences.constData(), nullptr)) {
+    if (const QByteArray resolved = RealPath(preferences); !resolved.isEmpty())
         preferences = resolved;
-        std::free(resolved);
-    }
     const QByteArray key =
         QCryptographicHash::hash(preferences, QCryptographicHash::Sha256).toHex().left(16);
     return "kestrel-menu-" + QByteArray::number(::getuid()) + '-' + key + ".lock";

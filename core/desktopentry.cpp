@@ -25,8 +25,9 @@ bool IsReservedInExec(char c) {
 
 // Whether any of `names` is among the ':'-separated `desktops`.
 bool NamesDesktop(gchar **names, const QByteArray &desktops) {
+    const QList<QByteArray> listed = desktops.split(':');
     for (gchar **name = names; name != nullptr && *name != nullptr; ++name) {
-        if (desktops.split(':').contains(QByteArray(*name)))
+        if (listed.contains(QByteArray(*name)))
             return true;
     }
     return false;
@@ -110,6 +111,11 @@ bool DesktopEntry::boolValue(const QString &key, bool fallback) const {
 bool DesktopEntry::isDisabled() const {
     return boolValue(QStringLiteral("Hidden"), false) ||
            !boolValue(QStringLiteral("X-GNOME-Autostart-enabled"), true);
+}
+
+bool DesktopEntry::isLauncher() const {
+    const std::optional<QString> type = value(QStringLiteral("Type"));
+    return type == QLatin1String("Application") || type == QLatin1String("Link");
 }
 
 bool DesktopEntry::isShownIn(const QByteArray &desktops) const {

@@ -29,6 +29,9 @@ public:
     // Whether the desktop should leave this entry out (Hidden, or disabled for
     // autostart by the common key).
     bool isDisabled() const;
+    // Whether it starts an application or opens an address (Type Application
+    // or Link), rather than describing a folder or nothing at all.
+    bool isLauncher() const;
     // Whether a launcher of this desktop would offer it: not hidden, shown in
     // `desktops` (XDG_CURRENT_DESKTOP: names separated by ':') by OnlyShowIn and
     // NotShowIn, and with its TryExec program installed.

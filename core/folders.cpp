@@ -68,12 +68,19 @@ QList<QByteArray> ApplicationFolders() {
     }
     if (!dataHome.isEmpty())
         folders.append(JoinPath(dataHome, "applications"));
-    QByteArray dataDirs = qgetenv("XDG_DATA_DIRS");
-    if (dataDirs.isEmpty())
-        dataDirs = "/usr/local/share/:/usr/share/";
-    for (const QByteArray &dir : dataDirs.split(':')) {
-        if (dir.startsWith('/'))
-            folders.append(JoinPath(dir, "applications"));
+    for (const QByteArray &dir : SearchPath("XDG_DATA_DIRS", "/usr/local/share/:/usr/share/"))
+        folders.append(JoinPath(dir, "applications"));
+    return folders;
+}
+
+QList<QByteArray> SearchPath(const char *variable, const QByteArray &fallback) {
+    QByteArray value = qgetenv(variable);
+    if (value.isEmpty())
+        value = fallback;
+    QList<QByteArray> folders;
+    for (const QByteArray &folder : value.split(':')) {
+        if (folder.startsWith('/'))
+            folders.append(folder);
     }
     return folders;
 }

@@ -16,6 +16,9 @@ OSErr FindApplicationsFolder(QByteArray *path);
 // The folders that hold application entries, most important first:
 // $XDG_DATA_HOME, then each of $XDG_DATA_DIRS, each with "/applications".
 QList<QByteArray> ApplicationFolders();
+// The absolute folders of a ':'-separated search path such as $XDG_DATA_DIRS,
+// `fallback` when it is unset or empty.
+QList<QByteArray> SearchPath(const char *variable, const QByteArray &fallback);
 
 // Joins a folder and a name with exactly one slash between them.
 QByteArray JoinPath(const QByteArray &folder, const QByteArray &name);

@@ -1,10 +1,9 @@
 #include "core/safefile.h"
 
 #include "core/errors.h"
+#include "core/folders.h"
 
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -12,12 +11,13 @@
 int OpenRegularFile(const QByteArray &path, qint64 limit, OSErr *err) {
     // The file system resolves every link, ".." included, so what is opened is
     // what the links really lead to, never a guess from the text of the path.
-    char resolved[PATH_MAX];
-    if (::realpath(path.constData(), resolved) == nullptr) {
+    const QByteArray resolved = RealPath(path);
+    if (resolved.isEmpty()) {
         *err = OSErrFromErrno(errno);
         return -1;
     }
-    const int fd = ::open(resolved, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
+    const int fd =
+        ::open(resolved.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
     if (fd < 0) {
         *err = OSErrFromErrno(errno);
         return -1;

@@ -78,6 +78,7 @@ OSErr ResolveAliasFile(FSSpec *spec, bool resolveChains, bool *targetIsFolder, b
     }
     // The kernel follows the chain (at most 40 links; a loop fails).
     QByteArray path = spec->path;
+    bool stopHere = false;
     if (!resolveChains) {
         QByteArray target(PATH_MAX, '\0');
         const ssize_t length = ::readlink(path.constData(), target.data(), target.size());
@@ -85,17 +86,16 @@ OSErr ResolveAliasFile(FSSpec *spec, bool resolveChains, bool *targetIsFolder, b
             return OSErrFromErrno(errno);
         target.resize(length);
         path = target.startsWith('/') ? target : JoinPath(ParentPath(path), target);
+        if (::lstat(path.constData(), &info) != 0)
+            return errno == ELOOP ? OSErr(ioErr) : OSErr(fnfErr);
+        // One step stops at the next link, named from its real folder.
+        stopHere = S_ISLNK(info.st_mode);
     }
-    char resolved[PATH_MAX];
-    if (::lstat(path.constData(), &info) != 0)
+    const QByteArray resolved = RealPath(stopHere ? ParentPath(path) : path);
+    if (resolved.isEmpty())
         return errno == ELOOP ? OSErr(ioErr) : OSErr(fnfErr);
-    // One step stops at the next link, named from its real folder.
-    const bool stopHere = !resolveChains && S_ISLNK(info.st_mode);
-    if (::realpath(stopHere ? ParentPath(path).constData() : path.constData(), resolved) == nullptr)
-        return errno == ELOOP ? OSErr(ioErr) : OSErr(fnfErr);
-    path =
-        stopHere ? JoinPath(QByteArray(resolved), LastPathComponent(path)) : QByteArray(resolved);
-    if (::stat(path.constData(), &info) == 0 && targetIsFolder != nullptr)
+    path = stopHere ? JoinPath(resolved, LastPathComponent(path)) : resolved;
+    if (targetIsFolder != nullptr && ::stat(path.constData(), &info) == 0)
         *targetIsFolder = S_ISDIR(info.st_mode);
     if (wasAliased != nullptr)
         *wasAliased = true;

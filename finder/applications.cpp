@@ -4,7 +4,6 @@
 #include "core/errors.h"
 #include "core/folders.h"
 #include "finder/finderevents.h"
-#include "finder/launchertrust.h"
 #include "platform/launcher.h"
 #include "platform/processes.h"
 #include "platform/service.h"

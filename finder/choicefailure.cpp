@@ -22,10 +22,6 @@ QString Tr(const char *text) {
     return QCoreApplication::translate("Finder", text);
 }
 
-QString ItemName(const QByteArray &path) {
-    return QFile::decodeName(LastPathComponent(path));
-}
-
 // Where a broken link points; nothing for anything else.
 std::optional<QByteArray> BrokenLinkTarget(const QByteArray &path) {
     struct stat info;
@@ -90,4 +86,8 @@ void ReportWhenIdle(OSErr err, const QString &headline) {
         ErrorOffer offer(headline);
         TestError(err);
     });
+}
+
+QString ItemName(const QByteArray &path) {
+    return QFile::decodeName(LastPathComponent(path));
 }

@@ -8,6 +8,9 @@
 
 #include <QString>
 
+// The item's name as messages show it: the last part of its path.
+QString ItemName(const QByteArray &path);
+
 // Reports a failed open, reveal or get info of `file` through TestError: a
 // broken link says where it points, with "Show in Folder"; a file no
 // application opens gets "Open With…" too. Carries out what the user picks. A

@@ -27,22 +27,13 @@ Q_LOGGING_CATEGORY(lcFinder, "kestrel.finder", QtWarningMsg)
 
 namespace {
 
-bool IsFolder(const QByteArray &path) {
-    struct stat info;
-    return ::stat(path.constData(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
-// An application bundle: a folder that holds an executable "AppRun".
+// An application bundle: a folder that holds an executable "AppRun" (which
+// no file but a folder can).
 bool IsApplicationBundle(const QByteArray &path) {
     const QByteArray run = JoinPath(path, "AppRun");
     struct stat info;
-    return IsFolder(path) && ::stat(run.constData(), &info) == 0 && S_ISREG(info.st_mode) &&
+    return ::stat(run.constData(), &info) == 0 && S_ISREG(info.st_mode) &&
            ::access(run.constData(), X_OK) == 0;
-}
-
-// A folder that opens as a folder, not as the application it holds.
-bool IsPlainFolder(const QByteArray &path) {
-    return IsFolder(path) && !IsApplicationBundle(path);
 }
 
 QString Tr(const char *text) {
@@ -54,13 +45,12 @@ enum LaunchAnswer { kCancel, kLaunchOnce, kTrustAndLaunch };
 // Asks before an untrusted launcher runs, showing what it really is: its file
 // and the command it would run.
 LaunchAnswer AskToLaunch(const QByteArray &launcher, const QString &command) {
-    char resolved[PATH_MAX];
-    const QByteArray real =
-        ::realpath(launcher.constData(), resolved) != nullptr ? QByteArray(resolved) : launcher;
+    QByteArray real = RealPath(launcher);
+    if (real.isEmpty())
+        real = launcher;
     qCInfo(lcFinder, "asking before launching %s", real.constData());
     platform::Alert alert;
-    alert.headline =
-        Tr("“%1” is not a trusted launcher.").arg(QFile::decodeName(LastPathComponent(launcher)));
+    alert.headline = Tr("“%1” is not a trusted launcher.").arg(ItemName(launcher));
     alert.explanation =
         Tr("It was not installed as an application and has not been allowed to run. Launch it "
            "only if you know where it came from.\n\nIt would run:\n%1\n\nIts file:\n%2")
@@ -134,7 +124,8 @@ OSErr OpenItems(const QList<QByteArray> &items, bool isAlternateFinder) {
         struct stat info;
         if (::stat(item.constData(), &info) != 0)
             return OSErrFromErrno(errno);
-        if (IsPlainFolder(item)) {
+        // A folder opens as a folder, not as the application it holds.
+        if (S_ISDIR(info.st_mode) && !IsApplicationBundle(item)) {
             folders.append(item);
             continue;
         }
@@ -190,7 +181,7 @@ void FileManagerRequestFailed(const platform::FailedRequest &request) {
     }
     const QString fileManager = platform::service<platform::FileManager>().serviceName();
     const QString who = fileManager.isEmpty() ? Tr("The file manager") : fileManager;
-    const QString item = QFile::decodeName(LastPathComponent(request.paths.value(0)));
+    const QString item = ItemName(request.paths.value(0));
     const QString text = err == errAETimeout ? Tr("%1 did not answer in time to show “%2”.")
                          : err == errAEEventFailed ? Tr("%1 could not show “%2”.")
                                                    : Tr("%1 could not be reached to show “%2”.");

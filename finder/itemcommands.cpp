@@ -4,6 +4,7 @@
 #include "core/errors.h"
 #include "core/folders.h"
 #include "core/settings.h"
+#include "finder/choicefailure.h"
 #include "finder/finderevents.h"
 #include "finder/openwithchooser.h"
 #include "platform/filemanager.h"
@@ -27,10 +28,6 @@ namespace {
 
 QString Tr(const char *text) {
     return QCoreApplication::translate("Finder", text);
-}
-
-QString ItemName(const QByteArray &path) {
-    return QFile::decodeName(LastPathComponent(path));
 }
 
 // Reports `err` under `headline`, followed by what the status says.
@@ -60,10 +57,8 @@ bool Holds(const QByteArray &folder, const QByteArray &inner) {
 // as the file system resolves both.
 bool IsKeptFolder(const QByteArray &path, bool followLinks) {
     const auto real = [followLinks](const QByteArray &name) {
-        char resolved[PATH_MAX];
-        return followLinks && ::realpath(name.constData(), resolved) != nullptr
-                   ? QByteArray(resolved)
-                   : name;
+        const QByteArray resolved = followLinks ? RealPath(name) : QByteArray();
+        return resolved.isEmpty() ? name : resolved;
     };
     QList<QByteArray> kept = TitleFolders();
     if (QByteArray home; FindHomeFolder(&home) == noErr)
@@ -90,9 +85,7 @@ bool IsLauncherEntry(const QByteArray &path) {
     if (!path.endsWith(".desktop"))
         return false;
     const auto entry = DesktopEntry::read(path);
-    const QString type =
-        entry ? entry->value(QStringLiteral("Type")).value_or(QString()) : QString();
-    return type == QLatin1String("Application") || type == QLatin1String("Link");
+    return entry && entry->isLauncher();
 }
 
 // Copied as text and as a file's address, in the forms file managers paste.

@@ -15,18 +15,6 @@
 
 namespace {
 
-QList<QByteArray> SearchPath(const char *variable, const QByteArray &fallback) {
-    QByteArray value = qgetenv(variable);
-    if (value.isEmpty())
-        value = fallback;
-    QList<QByteArray> folders;
-    for (const QByteArray &folder : value.split(':')) {
-        if (folder.startsWith('/'))
-            folders.append(folder);
-    }
-    return folders;
-}
-
 // The application and autostart folders as the file system names them, each
 // ending in "/"; worked out again only when the environment changes.
 QList<QByteArray> TrustedFolders() {
@@ -48,9 +36,8 @@ QList<QByteArray> TrustedFolders() {
         candidates.append(JoinPath(folder, "autostart"));
     folders.clear();
     for (const QByteArray &folder : candidates) {
-        char resolved[PATH_MAX];
-        if (::realpath(folder.constData(), resolved) != nullptr)
-            folders.append(JoinPath(QByteArray(resolved), ""));
+        if (const QByteArray real = RealPath(folder); !real.isEmpty())
+            folders.append(JoinPath(real, ""));
     }
     return folders;
 }
@@ -58,32 +45,32 @@ QList<QByteArray> TrustedFolders() {
 } // namespace
 
 bool IsTrustedLauncher(const QByteArray &path) {
-    char resolved[PATH_MAX];
-    if (::realpath(path.constData(), resolved) == nullptr)
+    const QByteArray real = RealPath(path);
+    if (real.isEmpty())
         return false;
-    const QByteArray real(resolved);
     for (const QByteArray &folder : TrustedFolders()) {
         if (real.startsWith(folder))
             return true;
     }
     struct stat info;
-    if (::stat(resolved, &info) != 0 ||
-        (!S_ISDIR(info.st_mode) && (!S_ISREG(info.st_mode) || ::access(resolved, X_OK) != 0)))
+    if (::stat(real.constData(), &info) != 0 ||
+        (!S_ISDIR(info.st_mode) &&
+         (!S_ISREG(info.st_mode) || ::access(real.constData(), X_OK) != 0)))
         return false;
     return platform::hasService<platform::TrustMarks>() &&
            platform::service<platform::TrustMarks>().isMarkedTrusted(real);
 }
 
 void TrustLauncher(const QByteArray &path, std::function<void(OSErr)> done) {
-    char resolved[PATH_MAX];
+    const QByteArray real = RealPath(path);
     struct stat info;
-    if (::realpath(path.constData(), resolved) == nullptr || ::stat(resolved, &info) != 0)
+    if (real.isEmpty() || ::stat(real.constData(), &info) != 0)
         return done(OSErrFromErrno(errno));
     // Executable wherever it is readable, as a file manager allows launching.
     if (S_ISREG(info.st_mode) &&
-        ::chmod(resolved, info.st_mode | ((info.st_mode & 0444) >> 2)) != 0)
+        ::chmod(real.constData(), info.st_mode | ((info.st_mode & 0444) >> 2)) != 0)
         return done(OSErrFromErrno(errno));
     if (!platform::hasService<platform::TrustMarks>())
         return done(unimpErr);
-    platform::service<platform::TrustMarks>().markTrusted(QByteArray(resolved), std::move(done));
+    platform::service<platform::TrustMarks>().markTrusted(real, std::move(done));
 }

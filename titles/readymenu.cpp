@@ -117,8 +117,6 @@ OSStatus InitialiseReadyMenus() {
     titleInputWatched = platform::service<platform::Pointer>().watchInput(WakeReadyMenus);
     if (!titleInputWatched)
         AppleMenuCarbonTimerRef->start();
-    // The first tick comes at once, not after the first interval.
-    QTimer::singleShot(0, AppleMenuCarbonTimerRef, WakeReadyMenus);
 
     QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, AppleMenuCarbonTimerRef, [] {
         WatchPrimaryScreen();
@@ -126,6 +124,7 @@ OSStatus InitialiseReadyMenus() {
     });
     WatchPrimaryScreen();
     platform::service<platform::TitleWindows>().setChangedHandler(RefreshReadyMenusLook);
+    // Places the titles and gives the first tick at once, not after an interval.
     ScreenInformationChanged();
     return noErr;
 }
