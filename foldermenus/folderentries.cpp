@@ -109,14 +109,9 @@ std::vector<QByteArray> HiddenNames(const QByteArray &folder) {
     return HiddenNamesFromFile(contents);
 }
 
-bool IsLauncher(const DesktopEntry &desktop) {
-    const QString type = desktop.value(QStringLiteral("Type")).value_or(QString());
-    return type == QLatin1String("Application") || type == QLatin1String("Link");
-}
-
 // Whether a launcher of the current desktop ($XDG_CURRENT_DESKTOP) lists the entry.
 bool ListedByLaunchers(const DesktopEntry &desktop, const QByteArray &currentDesktops) {
-    return IsLauncher(desktop) && !desktop.boolValue(QStringLiteral("NoDisplay"), false) &&
+    return desktop.isLauncher() && !desktop.boolValue(QStringLiteral("NoDisplay"), false) &&
            desktop.isShownIn(currentDesktops);
 }
 
@@ -138,7 +133,7 @@ bool InApplicationFolder(const QByteArray &canonicalFolder) {
 // Icon); anything else shows its file name. An untrusted launcher shows as the
 // file it is, so that it cannot pass itself off as a document.
 QString DisplayName(const QByteArray &path, const DesktopEntry *desktop, FolderEntry *entry) {
-    if (desktop != nullptr && IsLauncher(*desktop) && IsTrustedLauncher(path)) {
+    if (desktop != nullptr && desktop->isLauncher() && IsTrustedLauncher(path)) {
         static const QString locale = QLocale::system().name();
         entry->kind = FolderEntry::Kind::DesktopEntry;
         entry->iconName = desktop->value(QStringLiteral("Icon")).value_or(QString());
