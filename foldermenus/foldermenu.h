@@ -189,7 +189,7 @@ private:
     void clearFilter();
     void filterChanged();
     // The row a drag at `pos` would drop on, -1 for none; highlighted as it is.
-    int dropRowAt(const QPoint &pos, const QMimeData *data, Qt::DropActions possible) const;
+    int dropRowAt(const QPoint &pos, Qt::DropActions possible) const;
     void setDropRow(int row);
 
     FolderMenuModel *model_;
@@ -224,6 +224,7 @@ private:
     DropHandler dropHandler_;
     int dropRow_ = -1; // the folder item a drag is over
     bool hasDrag_ = false;
+    bool dragHasLocalFiles_ = false; // only local files, worked out as the drag entered
 
     class FolderMenuAccessible *accessible_ = nullptr; // while a screen reader looks
 
