@@ -37,7 +37,6 @@ public:
 
     // The menu that folder items lead to (the next depth's); null outside a click.
     void setSubMenu(FolderMenu *menu);
-    FolderMenu *subMenu() const { return subMenu_; }
     // While this menu is open as a submenu: the menu it came from.
     FolderMenu *parentMenu() const { return parentMenu_; }
 
@@ -48,9 +47,7 @@ public:
     // Highlights the first item that can be chosen, as a menu opened from the
     // keyboard does.
     void selectFirstRow();
-    // The item under a point of the menu (0 for none) and where an item
-    // stands now (empty while it is scrolled away or filtered out).
-    int itemAt(const QPoint &pos) const;
+    // Where an item stands now (empty while it is scrolled away or filtered out).
     QRect itemGeometry(int item) const;
     // The items shown now, in order: all of them, or those matching the filter.
     std::vector<int> shownItems() const;

@@ -256,11 +256,6 @@ int FolderMenu::rowAt(const QPoint &pos) const {
     return row >= 0 && row < rowCount() ? row : -1;
 }
 
-int FolderMenu::itemAt(const QPoint &pos) const {
-    const int row = rowAt(pos);
-    return row >= 0 ? rows_[std::size_t(row)] + 1 : 0;
-}
-
 QRect FolderMenu::itemGeometry(int item) const {
     const int row = rowOfItem(item - 1);
     return row >= 0 ? rowRect(row).intersected(viewport()) : QRect();
