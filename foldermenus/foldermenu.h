@@ -235,6 +235,10 @@ private:
 // item and for the menu's own items.
 QByteArray FolderItemPath(const FolderMenu *menu, int item);
 
+// Sends `event` on to `menu`, at the same place on screen, as if the pointer
+// had been over it.
+void PassMouseEvent(FolderMenu *menu, const QMouseEvent &event);
+
 // Alt, AltGr, Meta and Super: held while choosing, they change nothing in the
 // menus of a click, and pressed alone they are swallowed there.
 bool IsKeyHeldWhileChoosing(int key);
