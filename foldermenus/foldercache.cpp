@@ -215,8 +215,7 @@ OSStatus ClearDisposeMenu(FolderMenu *menu) {
         return paramErr;
     // The last item keeps its icon, as it always has.
     const QList<QAction *> own = menu->actions();
-    const int folderItems = menu->itemCount() - int(own.size());
-    for (qsizetype i = 0; i < own.size() && folderItems + i + 1 < menu->itemCount(); ++i)
+    for (qsizetype i = 0; i + 1 < own.size(); ++i)
         own[i]->setIcon(QIcon());
     // A depth menu without items of its own waits for the next click.
     if (own.isEmpty() && sparedMenus.size() < std::size_t(kDepthMenuCount) && !menu->isVisible()) {

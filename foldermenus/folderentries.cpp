@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
@@ -91,11 +90,6 @@ bool IsPackage(int directory, QByteArrayView name) {
            S_ISREG(info.st_mode) && (info.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
 }
 
-QByteArray CanonicalPath(const QByteArray &path) {
-    char resolved[PATH_MAX];
-    return realpath(path.constData(), resolved) != nullptr ? QByteArray(resolved) : QByteArray();
-}
-
 // A ".hidden" file is read only when it is a small regular file; anything
 // else (a pipe, a huge or sparse file) is logged and leaves nothing hidden.
 std::vector<QByteArray> HiddenNames(const QByteArray &folder) {
@@ -121,7 +115,7 @@ bool InApplicationFolder(const QByteArray &canonicalFolder) {
     if (canonicalFolder.isEmpty())
         return false;
     for (const QByteArray &folder : ApplicationFolders()) {
-        const QByteArray root = CanonicalPath(folder);
+        const QByteArray root = RealPath(folder);
         if (!root.isEmpty() && (canonicalFolder == root || canonicalFolder.startsWith(root + '/')))
             return true;
     }
@@ -161,7 +155,7 @@ void FollowLink(int directory, const char *name, FolderEntry *entry) {
         if (S_ISDIR(info.st_mode))
             entry->kind =
                 IsPackage(target, {}) ? FolderEntry::Kind::Package : FolderEntry::Kind::Folder;
-    } else if (const QByteArray real = CanonicalPath(entry->path); !real.isEmpty()) {
+    } else if (const QByteArray real = RealPath(entry->path); !real.isEmpty()) {
         // Without /proc the C library walks the chain instead.
         entry->link = entry->path;
         entry->path = real;
@@ -317,7 +311,7 @@ FolderListing ReadFolderEntries(const QByteArray &folder, std::int32_t depth,
 
     // An application folder shows what a launcher would list: folders and
     // the desktop entries it does not leave out.
-    const QByteArray canonicalFolder = CanonicalPath(folder);
+    const QByteArray canonicalFolder = RealPath(folder);
     const bool launcherFolder = InApplicationFolder(canonicalFolder);
     const QByteArray currentDesktops = qgetenv("XDG_CURRENT_DESKTOP");
 

@@ -37,7 +37,6 @@ public:
 
     // The menu that folder items lead to (the next depth's); null outside a click.
     void setSubMenu(FolderMenu *menu);
-    FolderMenu *subMenu() const { return subMenu_; }
     // While this menu is open as a submenu: the menu it came from.
     FolderMenu *parentMenu() const { return parentMenu_; }
 
@@ -48,9 +47,7 @@ public:
     // Highlights the first item that can be chosen, as a menu opened from the
     // keyboard does.
     void selectFirstRow();
-    // The item under a point of the menu (0 for none) and where an item
-    // stands now (empty while it is scrolled away or filtered out).
-    int itemAt(const QPoint &pos) const;
+    // Where an item stands now (empty while it is scrolled away or filtered out).
     QRect itemGeometry(int item) const;
     // The items shown now, in order: all of them, or those matching the filter.
     std::vector<int> shownItems() const;
@@ -189,7 +186,7 @@ private:
     void clearFilter();
     void filterChanged();
     // The row a drag at `pos` would drop on, -1 for none; highlighted as it is.
-    int dropRowAt(const QPoint &pos, const QMimeData *data, Qt::DropActions possible) const;
+    int dropRowAt(const QPoint &pos, Qt::DropActions possible) const;
     void setDropRow(int row);
 
     FolderMenuModel *model_;
@@ -224,6 +221,7 @@ private:
     DropHandler dropHandler_;
     int dropRow_ = -1; // the folder item a drag is over
     bool hasDrag_ = false;
+    bool dragHasLocalFiles_ = false; // only local files, worked out as the drag entered
 
     class FolderMenuAccessible *accessible_ = nullptr; // while a screen reader looks
 
@@ -236,6 +234,10 @@ private:
 // The path stored on folder item `item` of `menu`; empty for the stand-in
 // item and for the menu's own items.
 QByteArray FolderItemPath(const FolderMenu *menu, int item);
+
+// Sends `event` on to `menu`, at the same place on screen, as if the pointer
+// had been over it.
+void PassMouseEvent(FolderMenu *menu, const QMouseEvent &event);
 
 // Alt, AltGr, Meta and Super: held while choosing, they change nothing in the
 // menus of a click, and pressed alone they are swallowed there.

@@ -19,16 +19,13 @@ void FolderMenu::setDropHandler(DropHandler handler) {
     setAcceptDrops(dropHandler_ != nullptr);
 }
 
-int FolderMenu::dropRowAt(const QPoint &pos, const QMimeData *data,
-                          Qt::DropActions possible) const {
+int FolderMenu::dropRowAt(const QPoint &pos, Qt::DropActions possible) const {
     const int row = rowAt(pos);
-    if (row < 0 || dropHandler_ == nullptr || ChooseDropAction(possible) == Qt::IgnoreAction)
+    if (row < 0 || !dragHasLocalFiles_ || dropHandler_ == nullptr ||
+        ChooseDropAction(possible) == Qt::IgnoreAction)
         return -1;
     const FolderEntry *entry = model_->entry(rows_[std::size_t(row)]);
-    if (entry == nullptr || entry->kind != FolderEntry::Kind::Folder)
-        return -1;
-    const Drag drag = DragFromMimeData(data);
-    return !drag.items.empty() && DragHoldsOnlyLocalFiles(drag) ? row : -1;
+    return entry != nullptr && entry->kind == FolderEntry::Kind::Folder ? row : -1;
 }
 
 void FolderMenu::setDropRow(int row) {
@@ -45,9 +42,12 @@ void FolderMenu::dragEnterEvent(QDragEnterEvent *event) {
     if (dropHandler_ == nullptr || action == Qt::IgnoreAction)
         return event->ignore();
     // Taken in whatever is under it, so that every move over the rows comes
-    // here; each move says whether a drop there would be taken.
+    // here; each move says whether a drop there would be taken. What it
+    // carries stays the same until it leaves.
+    const Drag drag = DragFromMimeData(event->mimeData());
+    dragHasLocalFiles_ = !drag.items.empty() && DragHoldsOnlyLocalFiles(drag);
     ensureLayout();
-    setDropRow(dropRowAt(event->position().toPoint(), event->mimeData(), event->possibleActions()));
+    setDropRow(dropRowAt(event->position().toPoint(), event->possibleActions()));
     hasDrag_ = true;
     event->setDropAction(action);
     event->accept();
@@ -56,7 +56,7 @@ void FolderMenu::dragEnterEvent(QDragEnterEvent *event) {
 void FolderMenu::dragMoveEvent(QDragMoveEvent *event) {
     ensureLayout();
     const QPoint pos = event->position().toPoint();
-    const int row = dropRowAt(pos, event->mimeData(), event->possibleActions());
+    const int row = dropRowAt(pos, event->possibleActions());
     setDropRow(row);
     if (row < 0) {
         event->ignore();
@@ -74,8 +74,7 @@ void FolderMenu::dragLeaveEvent(QDragLeaveEvent *event) {
 
 void FolderMenu::dropEvent(QDropEvent *event) {
     ensureLayout();
-    const int row =
-        dropRowAt(event->position().toPoint(), event->mimeData(), event->possibleActions());
+    const int row = dropRowAt(event->position().toPoint(), event->possibleActions());
     setDropRow(-1);
     hasDrag_ = false;
     if (row < 0 || dropHandler_(rows_[std::size_t(row)] + 1, event->mimeData()) != noErr) {

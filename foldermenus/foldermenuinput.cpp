@@ -405,11 +405,15 @@ bool FolderMenu::passToOlderMenu(QMouseEvent *event) {
     FolderMenu *older = olderMenuAt(global);
     if (older == nullptr || (event->type() == QEvent::MouseButtonRelease && mouseDownMenu != older))
         return false;
-    const QPointF local = older->mapFromGlobal(event->globalPosition());
-    QMouseEvent passed(event->type(), local, local, event->globalPosition(), event->button(),
-                       event->buttons(), event->modifiers(), event->pointingDevice());
-    QCoreApplication::sendEvent(older, &passed);
+    PassMouseEvent(older, *event);
     return true;
+}
+
+void PassMouseEvent(FolderMenu *menu, const QMouseEvent &event) {
+    const QPointF local = menu->mapFromGlobal(event.globalPosition());
+    QMouseEvent passed(event.type(), local, local, event.globalPosition(), event.button(),
+                       event.buttons(), event.modifiers(), event.pointingDevice());
+    QCoreApplication::sendEvent(menu, &passed);
 }
 
 bool FolderMenu::pointerHasMoved(const QPoint &global) const {

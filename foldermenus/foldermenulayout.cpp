@@ -62,8 +62,9 @@ bool FolderMenu::leadsFurther(int row) const {
 
 int FolderMenu::rowOfItem(int index) const {
     ensureLayout();
-    const auto found = std::find(rows_.begin(), rows_.end(), index);
-    return found == rows_.end() ? -1 : int(found - rows_.begin());
+    // Rows stand in item order (the no-match row alone), so a search halves.
+    const auto found = std::lower_bound(rows_.begin(), rows_.end(), index);
+    return found == rows_.end() || *found != index ? -1 : int(found - rows_.begin());
 }
 
 QString FolderMenu::shownText(int index) const {
@@ -254,11 +255,6 @@ int FolderMenu::rowAt(const QPoint &pos) const {
     const auto after = std::upper_bound(rowTop_.begin(), rowTop_.end(), y);
     const int row = int(after - rowTop_.begin()) - 1;
     return row >= 0 && row < rowCount() ? row : -1;
-}
-
-int FolderMenu::itemAt(const QPoint &pos) const {
-    const int row = rowAt(pos);
-    return row >= 0 ? rows_[std::size_t(row)] + 1 : 0;
 }
 
 QRect FolderMenu::itemGeometry(int item) const {

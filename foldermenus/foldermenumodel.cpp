@@ -54,29 +54,14 @@ QIcon FolderMenuModel::icon(int row) const {
 QVariant FolderMenuModel::data(const QModelIndex &index, int role) const {
     if (!index.isValid())
         return {};
-    const FolderEntry *folderEntry = entry(index.row());
     switch (role) {
     case Qt::DisplayRole:
         return text(index.row());
     case Qt::DecorationRole:
         return icon(index.row());
-    case PathRole:
-        return folderEntry != nullptr ? QVariant(folderEntry->path) : QVariant();
-    case SubmenuRole:
-        return folderEntry != nullptr && folderEntry->submenu;
-    case SeparatorRole:
-        return folderEntry != nullptr && folderEntry->separator;
     default:
         return {};
     }
-}
-
-Qt::ItemFlags FolderMenuModel::flags(const QModelIndex &index) const {
-    // The stand-in row and separators are there to be seen, not chosen.
-    const FolderEntry *folderEntry = entry(index.row());
-    if (folderEntry == nullptr || folderEntry->separator)
-        return Qt::NoItemFlags;
-    return Qt::ItemIsEnabled | Qt::ItemIsSelectable;
 }
 
 void FolderMenuModel::setListing(std::shared_ptr<const FolderListing> listing, bool showIcons) {

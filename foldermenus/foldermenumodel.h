@@ -16,11 +16,6 @@ class FolderReading;
 class FolderMenuModel final : public QAbstractListModel {
     Q_OBJECT
 public:
-    enum Role {
-        PathRole = Qt::UserRole + 1, // the item's path (bytes); none for the stand-in row
-        SubmenuRole,                 // leads to the next depth's menu
-        SeparatorRole,               // a separator line
-    };
     // What stands in the menu while no folder item does.
     enum class StandIn { None, Empty, Loading };
 
@@ -29,7 +24,6 @@ public:
 
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role) const override;
-    Qt::ItemFlags flags(const QModelIndex &index) const override;
 
     // Shows the entries of `listing`, or the empty row when it has none.
     void setListing(std::shared_ptr<const FolderListing> listing, bool showIcons);

@@ -2,6 +2,7 @@
 
 #include "foldermenus/foldermenu.h"
 #include "foldermenus/foldermenumodel.h"
+#include "foldermenus/menutext.h"
 #include "platform/launcher.h"
 #include "platform/service.h"
 
@@ -14,11 +15,6 @@ namespace {
 
 QString Tr(const char *text) {
     return QCoreApplication::translate("ItemMenu", text);
-}
-
-// An application's name as a menu shows it: an "&" in it is no mnemonic.
-QString MenuText(QString name) {
-    return name.replace(u'&', QLatin1String("&&"));
 }
 
 // The applications that say they open the item's type, the default first,
@@ -37,8 +33,8 @@ void FillOpenWith(QMenu *menu, const MenuItemFiles &files,
         type.isEmpty() ? QList<platform::ApplicationInfo>()
                        : launcher.applicationsFor(type, nullptr);
     for (const platform::ApplicationInfo &application : applications) {
-        QAction *action =
-            menu->addAction(QIcon::fromTheme(application.iconName), MenuText(application.name));
+        QAction *action = menu->addAction(QIcon::fromTheme(application.iconName),
+                                          MenuItemTextFor(application.name));
         QObject::connect(action, &QAction::triggered, menu, [chosen, id = application.id] {
             chosen({ItemCommand::OpenWith, id});
         });

@@ -81,11 +81,7 @@ private:
         if (menu->geometry().contains(global))
             return false;
         if (FolderMenu *under = FolderMenuAt(global)) {
-            const QPointF local = under->mapFromGlobal(event->globalPosition());
-            QMouseEvent passed(event->type(), local, local, event->globalPosition(),
-                               event->button(), event->buttons(), event->modifiers(),
-                               event->pointingDevice());
-            QCoreApplication::sendEvent(under, &passed);
+            PassMouseEvent(under, *event);
             return true;
         }
         if (event->type() == QEvent::MouseButtonRelease &&

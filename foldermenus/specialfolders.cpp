@@ -4,15 +4,7 @@
 #include "core/safefile.h"
 #include "platform/mountinfo.h"
 
-#include <climits>
-#include <cstdlib>
-
 namespace {
-
-QByteArray Canonical(const QByteArray &path) {
-    char resolved[PATH_MAX];
-    return ::realpath(path.constData(), resolved) != nullptr ? QByteArray(resolved) : QByteArray();
-}
 
 QByteArray ReadSmallFile(const QByteArray &path) {
     QByteArray contents;
@@ -25,11 +17,11 @@ QByteArray ReadSmallFile(const QByteArray &path) {
 bool IsRemovable(const QByteArray &source, const QByteArray &mountPoint) {
     if (mountPoint.startsWith("/media/") || mountPoint.startsWith("/run/media/"))
         return true;
-    const QByteArray device = LastPathComponent(Canonical(source));
+    const QByteArray device = LastPathComponent(RealPath(source));
     if (device.isEmpty())
         return false;
     // A partition's flag is its disk's: the folder above it in sysfs.
-    const QByteArray block = Canonical("/sys/class/block/" + device);
+    const QByteArray block = RealPath("/sys/class/block/" + device);
     for (const QByteArray &folder : {block, ParentPath(block)}) {
         if (ReadSmallFile(JoinPath(folder, "removable")).trimmed() == "1")
             return true;
@@ -44,7 +36,7 @@ SpecialFolders SpecialFolders::current() {
     folders.icons_.insert("/", QStringLiteral("drive-harddisk"));
     folders.addMounts();
     if (QByteArray home; FindHomeFolder(&home) == noErr) {
-        home = Canonical(home);
+        home = RealPath(home);
         folders.addUserFolders(home);
         if (!home.isEmpty())
             folders.icons_.insert(home, QStringLiteral("user-home"));
@@ -63,10 +55,18 @@ void SpecialFolders::addMounts() {
         const QByteArray source = platform::DecodeOctalEscapes(fields[separator + 2]);
         if (!source.startsWith("/dev/") || mountPoint == "/")
             continue;
-        icons_.insert(mountPoint, IsRemovable(source, mountPoint)
-                                      ? QStringLiteral("drive-removable-media")
-                                      : QStringLiteral("drive-harddisk"));
+        mounts_.insert(mountPoint, source);
     }
+}
+
+QString SpecialFolders::iconFor(const QByteArray &canonicalPath) const {
+    if (const auto icon = icons_.constFind(canonicalPath); icon != icons_.cend())
+        return *icon;
+    const auto mount = mounts_.constFind(canonicalPath);
+    if (mount == mounts_.cend())
+        return {};
+    return IsRemovable(*mount, canonicalPath) ? QStringLiteral("drive-removable-media")
+                                              : QStringLiteral("drive-harddisk");
 }
 
 // Lines such as XDG_MUSIC_DIR="$HOME/Music"; a folder set to the home folder
@@ -94,7 +94,7 @@ void SpecialFolders::addUserFolders(const QByteArray &home) {
         value = value.mid(1, value.size() - 2);
         if (value.startsWith("$HOME"))
             value = home + value.mid(5);
-        const QByteArray folder = Canonical(value);
+        const QByteArray folder = RealPath(value);
         if (!folder.isEmpty() && folder != home)
             icons_.insert(folder, icon);
     }
