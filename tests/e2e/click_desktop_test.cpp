@@ -278,7 +278,7 @@ TEST_F(ClickDesktopTest, TheTrashTakesAnItemAndRemovingALinkFromTheMenuNeverItsT
 
 TEST_F(ClickDesktopTest, AnItemDraggedOutOfTheMenuDropsItsAddress) {
     QProcess *target =
-        session.start(QStringLiteral(KESTREL_DROP_TARGET), {u"target"_s}, environment);
+        session.start(QStringLiteral(KESTREL_TITLES_WINDOW), {u"target"_s}, environment);
     ASSERT_TRUE(WaitFor([&] { return target->canReadLine(); })); // shown at (400, 300), 200 by 120
     target->readLine();
     PressTitle();
@@ -297,7 +297,7 @@ TEST_F(ClickDesktopTest, AnItemDraggedOutOfTheMenuDropsItsAddress) {
 TEST_F(ClickDesktopTest, ADragRestingOnTheTitleOpensItsMenuAndAFolderItemTakesTheDrop) {
     const QByteArray file = env.root() + "/Elsewhere/dropped.txt";
     WriteFile(file, "dropped\n");
-    QProcess *source = session.start(QStringLiteral(KESTREL_DROP_TARGET),
+    QProcess *source = session.start(QStringLiteral(KESTREL_TITLES_WINDOW),
                                      {u"drag"_s, QFile::decodeName("file://" + file)}, environment);
     ASSERT_TRUE(WaitFor([&] { return source->canReadLine(); })); // shown at (400, 300)
     source->readLine();
