@@ -381,8 +381,7 @@ TEST_F(ClickTest, HostileFoldersNeitherHangTheMenuNorMisleadIt) {
 // A folder on a mount that stopped answering: its menu says it is loading,
 // and every click is answered; a second one waits on the same reading.
 TEST_F(ClickTest, AFolderThatNeverAnswersShowsLoadingAndTheNextClickIsAnswered) {
-    platform::HungFolderReader hung;
-    const platform::ScopedService<platform::FolderReader> hangs(&hung);
+    const Installed<platform::HungFolderReader, platform::FolderReader> hung;
     for (int click = 0; click < 2; ++click) {
         seen.clear();
         EXPECT_EQ(Click({"Escape"}, false, [] { return true; }), noErr);
