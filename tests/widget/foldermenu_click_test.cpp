@@ -21,17 +21,15 @@
 #include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 #include "tests/unit/foldermenu_testfolder.h"
+#include "tests/widget/answerfiledialog.h"
 #include "tests/widget/foldermenu_shown.h"
 #include "titles/readymenu.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFileSystemWatcher>
-#include <QLineEdit>
 #include <QMimeData>
 #include <QTest>
 #include <QTimer>
@@ -112,19 +110,10 @@ protected:
         answer = std::make_unique<QTimer>();
         answer->setInterval(50);
         QObject::connect(answer.get(), &QTimer::timeout, [this, path] {
-            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-            if (dialog == nullptr)
-                return;
-            dialogTitle = dialog->windowTitle();
-            if (path.isEmpty())
-                return dialog->reject();
-            dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))
-                ->setText(QFile::decodeName(path));
-            auto *buttons = dialog->findChild<QDialogButtonBox *>();
-            for (QAbstractButton *button : buttons->buttons()) {
-                if (buttons->buttonRole(button) == QDialogButtonBox::AcceptRole)
-                    button->click();
-            }
+            AnswerFrontFileDialog([&](QFileDialog *dialog) {
+                dialogTitle = dialog->windowTitle();
+                return path;
+            });
         });
         answer->start();
     }
