@@ -52,27 +52,31 @@ export QT_QPA_PLATFORM=xcb
 xdotool mousemove 600 600
 
 title_shown() { xwininfo -name 'Kestrel Menu title' 2>/dev/null | grep -q IsViewable; }
-
-# Start-up: five runs, each with a fresh home; the median is reported.
-startups=()
-for run in 1 2 3 4 5; do
-    export HOME=$work/home$run XDG_CONFIG_HOME=$work/home$run/.config
-    export XDG_RUNTIME_DIR=$work/run$run
+private_home() { # HOME RUN-TIME-FOLDER
+    export HOME=$1 XDG_CONFIG_HOME=$1/.config XDG_RUNTIME_DIR=$2
     mkdir -p "$HOME" "$XDG_RUNTIME_DIR"; chmod 700 "$XDG_RUNTIME_DIR"
-    [ $run -gt 1 ] && cp -a "$work/home1/.config" "$HOME/" # settings as a returning user has them
-    start=$(date +%s%N)
-    "$program" 2>/dev/null &
-    app=$!
+}
+# The program runs as `app`, stopped here or at the end.
+start_program() { "$program" 2>/dev/null & app=$!; pids+=($app); }
+stop_program() { kill $app; wait $app 2>/dev/null; unset 'pids[-1]'; }
+wait_title() {
     until title_shown; do
         kill -0 $app 2>/dev/null || { echo "the program ended before its title showed"; exit 1; }
         sleep 0.002
     done
+}
+
+# Start-up: five runs, each with a fresh home; the median is reported.
+startups=()
+for run in 1 2 3 4 5; do
+    private_home "$work/home$run" "$work/run$run"
+    [ $run -gt 1 ] && cp -a "$work/home1/.config" "$HOME/" # settings as a returning user has them
+    start=$(date +%s%N)
+    start_program
+    wait_title
     startups+=($(( ($(date +%s%N) - start) / 1000000 )))
-    if [ $run -lt 5 ]; then
-        kill $app; wait $app 2>/dev/null
-    fi
+    [ $run -lt 5 ] && stop_program
 done
-pids+=($app)
 sorted=($(printf '%s\n' "${startups[@]}" | sort -n))
 echo "start-up to title shown: median ${sorted[2]} ms (runs: ${startups[*]} ms; first run makes the settings)"
 
@@ -93,17 +97,14 @@ echo "resident memory: $(awk '/^VmRSS/ {rss = $2} /^RssAnon/ {anon = $2}
 
 # The first click, from outside: a menu folder that holds `entries` files,
 # from the press on the title (xdotool) until the menu's window is mapped.
-kill $app; wait $app 2>/dev/null
+stop_program
 # Menus are the program's untitled windows (no WM_NAME); titles carry a name.
 menus_mapped() { xdotool search --onlyvisible --name '^$' 2>/dev/null | wc -l; }
 first_click() { # ENTRIES RUN: appends the time in ms to `clicks`
     local home=$work/click$1-$2
-    export HOME=$home XDG_CONFIG_HOME=$home/.config XDG_RUNTIME_DIR=$work/clickrun$1-$2
-    mkdir -p "$HOME" "$XDG_RUNTIME_DIR"; chmod 700 "$XDG_RUNTIME_DIR"
-    "$program" 2>/dev/null &
-    app=$!
-    pids+=($app)
-    until title_shown; do sleep 0.01; done
+    private_home "$home" "$work/clickrun$1-$2"
+    start_program
+    wait_title
     # The first run made the menu folder; its menu is built at the first click.
     (cd "$HOME/.config/Kestrel Menu Items" && seq -f 'Item %.0f.txt' 1 "$1" | xargs -d '\n' touch)
     xdotool mousemove 20 10
@@ -114,7 +115,7 @@ first_click() { # ENTRIES RUN: appends the time in ms to `clicks`
     until [ "$(menus_mapped)" -gt "$before" ] || [ "$(date +%s)" -gt $deadline ]; do :; done
     clicks+=($(( ($(date +%s%N) - start) / 1000000 )))
     xdotool mouseup 1 key Escape
-    kill $app; wait $app 2>/dev/null
+    stop_program
     rm -rf "$home"
 }
 for entries in 1000 10000 50000; do

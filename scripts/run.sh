@@ -67,9 +67,12 @@ pids+=($!)
 read -r number <"$fifo"
 export DISPLAY=":$number"
 
+# Waits up to five seconds for a condition.
+until_true() { for _ in $(seq 50); do "$@" && return 0; sleep 0.1; done; return 1; }
+
 dbus-daemon --session --nofork --print-address=1 >"$demo/bus" 2>/dev/null &
 pids+=($!)
-for _ in $(seq 50); do [ -s "$demo/bus" ] && break; sleep 0.1; done
+until_true [ -s "$demo/bus" ]
 export DBUS_SESSION_BUS_ADDRESS=$(head -n1 "$demo/bus")
 export QT_QPA_PLATFORM=xcb QT_LOGGING_RULES="${QT_LOGGING_RULES:-qt.qpa.xcb=false}"
 
@@ -138,8 +141,6 @@ shot() { # shot NAME WHAT IMPORT-ARGS...
         echo "Screenshot of $what: $shots/$name.png"
 }
 window() { xdotool search --onlyvisible --name "$1" 2>/dev/null | head -n1; }
-# Waits up to five seconds for a condition.
-until_true() { for _ in $(seq 50); do "$@" && return 0; sleep 0.1; done; return 1; }
 has_window() { [ -n "$(window "$1")" ]; }
 logged() { grep -q "$1" "$demo/program.log"; }
 menu() { # opens the menu and walks it with the keys given

@@ -8,5 +8,5 @@ kestrel_add_test(NAME click_desktop_test TIER e2e TIMEOUT 300
 target_compile_definitions(click_desktop_test PRIVATE
     KESTREL_PROGRAM="$<TARGET_FILE:kestrel-menu>"
     KESTREL_FAKE_FILEMANAGER="$<TARGET_FILE:kestrel_fake_filemanager>"
-    KESTREL_DROP_TARGET="$<TARGET_FILE:titles_drop_source>")
-add_dependencies(click_desktop_test kestrel-menu kestrel_fake_filemanager titles_drop_source)
+    KESTREL_TITLES_WINDOW="$<TARGET_FILE:titles_window>")
+add_dependencies(click_desktop_test kestrel-menu kestrel_fake_filemanager titles_window)

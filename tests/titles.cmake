@@ -8,11 +8,9 @@ foreach(name titles desktoplook)
 endforeach()
 
 # Docks, ordinary windows, drag sources and a drop target for the program to
-# meet; the click tests drop on it under its older name.
-foreach(helper titles_window titles_drop_source)
-    add_executable(${helper} e2e/titles_window.cpp)
-    target_link_libraries(${helper} PRIVATE kestrel_settings Qt6::Widgets)
-endforeach()
+# meet, here and in the click tests.
+add_executable(titles_window e2e/titles_window.cpp)
+target_link_libraries(titles_window PRIVATE kestrel_settings Qt6::Widgets)
 
 # The screen is resized with xrandr to a mode the test teaches the X server.
 kestrel_add_test(NAME titles_desktop_test TIER e2e TIMEOUT 300

@@ -87,13 +87,6 @@ protected:
     void key(const QString &name) const {
         session.run(QStringLiteral("xdotool"), {QStringLiteral("key"), name});
     }
-    // Quits as a logout does; the program must not make it wait.
-    static void quit(QProcess *program) {
-        ::kill(pid_t(program->processId()), SIGTERM);
-        EXPECT_TRUE(program->waitForFinished(5000));
-        EXPECT_EQ(program->exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(program->exitCode(), 0);
-    }
 
     QByteArray prefsFile() const { return env.configHome() + "/Kestrel Menu Preferences"; }
     QStringList configEntries(const QByteArray &folder) const {
@@ -174,7 +167,8 @@ TEST_F(LifecycleTest, QuittingNeverWaitsAndSettingsThatCannotBeSavedAreNotified)
         const qsizetype notifiedBefore = notifications.received.size();
         QProcess *program = startProgram({}, c.outcome != ReportedAtStart);
         EXPECT_TRUE(c.outcome != ReportedAtStart || WaitFor([&] { return alertInFront(); }));
-        quit(program);
+        // Quits as a logout does (SIGTERM), and must not make it wait.
+        EXPECT_EQ(DesktopSession::stop(program), 0);
         if (c.outcome == Notified) {
             EXPECT_TRUE(WaitFor([&] { return notifications.received.size() > notifiedBefore; }))
                 << c.what;
@@ -194,7 +188,7 @@ TEST_F(LifecycleTest, QuittingNeverWaitsAndSettingsThatCannotBeSavedAreNotified)
 }
 
 TEST_F(LifecycleTest, ADamagedSettingsFileCostsOneChoice) {
-    quit(startProgram());
+    EXPECT_EQ(DesktopSession::stop(startProgram()), 0);
     const QByteArray damaged = ReadFile(prefsFile()).chopped(5);
     WriteFile(prefsFile(), damaged);
     // "Quit", the default, leaves the file byte for byte.
@@ -214,7 +208,7 @@ TEST_F(LifecycleTest, ADamagedSettingsFileCostsOneChoice) {
     const QStringList kept = configEntries(env.configHome()).filter(QStringLiteral("(damaged "));
     ASSERT_EQ(kept.size(), 1);
     EXPECT_EQ(ReadFile(env.configHome() + '/' + QFile::encodeName(kept[0])), damaged);
-    quit(program);
+    EXPECT_EQ(DesktopSession::stop(program), 0);
     EXPECT_TRUE(ReadFile(prefsFile()).startsWith("apse"));
 }
 
@@ -247,7 +241,7 @@ TEST_F(LifecycleTest, OneCopyPerUserAndSettingsWhateverTheEnvironment) {
         ASSERT_TRUE(another->waitForFinished(5000)) << c.what;
         EXPECT_EQ(another->exitCode(), 0);
         EXPECT_TRUE(another->readAllStandardError().contains("already running")) << c.what;
-        quit(running);
+        EXPECT_EQ(DesktopSession::stop(running), 0);
     }
     ::chmod(env.runtimeDir(), 0700); // for the folder to go at the end, whoever runs the test
 }
@@ -291,7 +285,7 @@ TEST_F(LifecycleTest, AMountAndAnUnmountReachTheRunningProgram) {
     ASSERT_EQ(run({QStringLiteral("umount"), point}), 0);
     EXPECT_TRUE(waitForLog(program, "volume unmounted: " + QFile::encodeName(point), &log))
         << log.constData();
-    quit(program);
+    EXPECT_EQ(DesktopSession::stop(program), 0);
 }
 
 } // namespace

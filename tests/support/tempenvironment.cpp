@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <ftw.h>
 #include <unistd.h>
 
@@ -68,4 +69,10 @@ QByteArray ReadFile(const QByteArray &path) {
     if (!file.open(QIODevice::ReadOnly))
         return {};
     return file.readAll();
+}
+
+QByteArray ReadLink(const QByteArray &path) {
+    char target[PATH_MAX];
+    const ssize_t length = ::readlink(path.constData(), target, sizeof target);
+    return length < 0 ? QByteArray() : QByteArray(target, length);
 }

@@ -37,3 +37,5 @@ void RemoveTree(const QByteArray &root);
 // Writes `contents` to `path`, making folders as needed; fails the test if it cannot.
 void WriteFile(const QByteArray &path, const QByteArray &contents);
 QByteArray ReadFile(const QByteArray &path);
+// The target of the link at `path`, byte for byte; empty if it is none.
+QByteArray ReadLink(const QByteArray &path);

@@ -4,15 +4,11 @@
 #include "platform/doubles/fakefrontwindow.h"
 #include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
+#include "tests/widget/answerfiledialog.h"
 #include "titles/userinteraction.h"
 
 #include <gtest/gtest.h>
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QDialogButtonBox>
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QTimer>
 
 #include <unistd.h>
@@ -48,19 +44,10 @@ TEST(ChoosersTest, ChoosersGiveWhatWasChosenOrNothing) {
         int attempts = 0, levelWhileOpen = -1;
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, [&] {
-            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-            if (dialog == nullptr)
-                return;
-            levelWhileOpen = userInteractionHideLevel;
-            if (c.choice.isEmpty() || ++attempts > 100)
-                return dialog->reject();
-            dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))
-                ->setText(QFile::decodeName(c.choice));
-            auto *buttons = dialog->findChild<QDialogButtonBox *>();
-            for (QAbstractButton *button : buttons->buttons()) {
-                if (buttons->buttonRole(button) == QDialogButtonBox::AcceptRole)
-                    button->click();
-            }
+            AnswerFrontFileDialog([&](QFileDialog *) {
+                levelWhileOpen = userInteractionHideLevel;
+                return ++attempts > 100 ? QByteArray() : c.choice;
+            });
         });
         timer.start(50);
         FSSpec spec{c.folder ? root : QByteArray("/unchanged")};

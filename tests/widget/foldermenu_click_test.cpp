@@ -21,17 +21,15 @@
 #include "tests/support/installed.h"
 #include "tests/support/tempenvironment.h"
 #include "tests/unit/foldermenu_testfolder.h"
+#include "tests/widget/answerfiledialog.h"
 #include "tests/widget/foldermenu_shown.h"
 #include "titles/readymenu.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFileSystemWatcher>
-#include <QLineEdit>
 #include <QMimeData>
 #include <QTest>
 #include <QTimer>
@@ -112,19 +110,10 @@ protected:
         answer = std::make_unique<QTimer>();
         answer->setInterval(50);
         QObject::connect(answer.get(), &QTimer::timeout, [this, path] {
-            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-            if (dialog == nullptr)
-                return;
-            dialogTitle = dialog->windowTitle();
-            if (path.isEmpty())
-                return dialog->reject();
-            dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))
-                ->setText(QFile::decodeName(path));
-            auto *buttons = dialog->findChild<QDialogButtonBox *>();
-            for (QAbstractButton *button : buttons->buttons()) {
-                if (buttons->buttonRole(button) == QDialogButtonBox::AcceptRole)
-                    button->click();
-            }
+            AnswerFrontFileDialog([&](QFileDialog *dialog) {
+                dialogTitle = dialog->windowTitle();
+                return path;
+            });
         });
         answer->start();
     }
@@ -186,9 +175,7 @@ TEST_F(ClickTest, AddingAnItemLinksItIntoTheFolderAndTheNextClickShowsIt) {
 
     AnswerFileDialog(chosen);
     EXPECT_EQ(Click({"this", "Right", "a"}), noErr);
-    char target[256] = {};
-    ASSERT_GT(::readlink(folder.at("Real folder").constData(), target, sizeof target - 1), 0);
-    EXPECT_STREQ(target, chosen.constData());
+    ASSERT_EQ(ReadLink(folder.at("Real folder")), chosen);
     EXPECT_EQ(title.cachedMenu, nullptr);
     answer.reset();
     EXPECT_EQ(Click({"real", "Space"}), noErr); // the folder chosen itself
@@ -383,8 +370,7 @@ TEST_F(ClickTest, HostileFoldersNeitherHangTheMenuNorMisleadIt) {
 // A folder on a mount that stopped answering: its menu says it is loading,
 // and every click is answered; a second one waits on the same reading.
 TEST_F(ClickTest, AFolderThatNeverAnswersShowsLoadingAndTheNextClickIsAnswered) {
-    platform::HungFolderReader hung;
-    const platform::ScopedService<platform::FolderReader> hangs(&hung);
+    const Installed<platform::HungFolderReader, platform::FolderReader> hung;
     for (int click = 0; click < 2; ++click) {
         seen.clear();
         EXPECT_EQ(Click({"Escape"}, false, [] { return true; }), noErr);

@@ -16,6 +16,7 @@
 #include "platform/doubles/fakeprocesses.h"
 #include "platform/doubles/faketitlewindows.h"
 #include "tests/support/installed.h"
+#include "tests/support/tempenvironment.h"
 #include "titles/drawreadymenu.h"
 #include "titles/readymenu.h"
 #include "titles/titledrops.h"
@@ -359,12 +360,6 @@ TEST_F(TitlesDrawingTest, BuiltInImagesAreDrawnAfreshAtOneAndAHalf) {
     EXPECT_EQ(screen.copy(QRect(QPoint(25, 3), expected.size())), expected);
 }
 
-QByteArray LinkTarget(const QByteArray &link) {
-    char target[PATH_MAX];
-    const ssize_t length = ::readlink(link.constData(), target, sizeof target);
-    return length < 0 ? QByteArray() : QByteArray(target, length);
-}
-
 std::unique_ptr<QMimeData> UriList(const QList<QByteArray> &paths) {
     QByteArray list;
     for (const QByteArray &path : paths)
@@ -449,11 +444,11 @@ TEST_F(TitleDropsTest, EachItemBecomesALinkInOrderAndTheCachedMenuIsDropped) {
     }
     EXPECT_EQ(Drop(UriList(paths).get()), Qt::LinkAction);
     // Three items of one name: the numbering shows the order they were linked in.
-    EXPECT_EQ(LinkTarget(menuFolder.at("report.pdf")), reports[0]);
-    EXPECT_EQ(LinkTarget(menuFolder.at("report (2).pdf")), reports[1]);
-    EXPECT_EQ(LinkTarget(menuFolder.at("report (3).pdf")), reports[2]);
+    EXPECT_EQ(ReadLink(menuFolder.at("report.pdf")), reports[0]);
+    EXPECT_EQ(ReadLink(menuFolder.at("report (2).pdf")), reports[1]);
+    EXPECT_EQ(ReadLink(menuFolder.at("report (3).pdf")), reports[2]);
     for (const QByteArray &name : odd)
-        EXPECT_EQ(LinkTarget(menuFolder.at(name)), items.at(name)) << name.toHex().constData();
+        EXPECT_EQ(ReadLink(menuFolder.at(name)), items.at(name)) << name.toHex().constData();
     EXPECT_EQ(title->cachedMenu, nullptr) << "the next click lists the new links";
     EXPECT_TRUE(window()->dragHighlight().isEmpty());
 }
